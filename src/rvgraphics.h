@@ -21,7 +21,10 @@
 #include "path/xpath.h"
 
 #include "curve/kocurvelocation.h"
+#include "curve/koopparam.h"
 
+#include "boolean/koboundopt.h"
 #include "boolean/komono.h"
+#include "boolean/kostyle.h"
 
 #endif // RVGRAPHICS_H

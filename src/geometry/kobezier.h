@@ -43,17 +43,27 @@ public:
         \a sweep degrees (counter-clockwise with y up, 0 at the right-hand
         point, as in QPainterPath::arcTo), into cubic pieces. Returns the start
         point and appends to \a points one triple (control 1, control 2, end)
-        per quadrant touched; a full turn gives exactly four triples. A rect
-        thinner than 1e-12 gives the point (0, 0) and no curves. A NaN
+        per quadrant touched (at most five); a sweep of exactly 360 or -360
+        from 0 gives exactly four triples, the ellipse's own quadrant cubics.
+        Sweeps beyond a full turn are cut to one. The start point and the last
+        end point are the points QPainterPath::arcMoveTo gives for the two
+        angles: on the quadrant cubics, so within about 5e-4 of the radii of
+        the exact ellipse points (koNumeric::ellipsePoint).
+
+        A rect thinner than 1e-12 gives the point (0, 0) and no curves. A NaN
         parameter logs "Arc to bezier, adding arc where a parameter is NaN,
-        results are undefined" and continues.
+        results are undefined" and continues; a NaN or infinite start angle or
+        a NaN sweep then gives a NaN point and no curves. Start angles beyond
+        1e9 degrees are first reduced modulo 360.
     */
     static koPoint arcToBezier(const koRect &rect, double start, double sweep,
                                QVector<koPoint> &points);
     static QPointF arcToBezier(const QRectF &rect, double start, double sweep,
                                QVector<QPointF> &points);
     //! The curve time on a quadrant's cubic for an angle of 0..90 degrees
-    //! within that quadrant.
+    //! within that quadrant, computed as Qt's qt_t_for_arc_angle does: a
+    //! fixed number of Newton steps matching the cubic's x to the cosine and
+    //! its y to the sine, averaged. 0 and 90 give exactly 0 and 1.
     static double arcAngle(double angle);
 };
 

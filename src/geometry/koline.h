@@ -30,8 +30,8 @@ public:
 
     //! Signed distance of (x, y) from the infinite line; positive to the
     //! right of the direction in y-up terms (see the exact axis cases).
-    static double getSignedDistance(double px, double py, double vx, double vy, double x,
-                                    double y, bool asVector);
+    static double getSignedDistance(double px, double py, double vx, double vy, double x, double y,
+                                    bool asVector);
     double getDistance(const koPoint &p) const;
     //! -1, 0 or 1: the side of \a p. A point on the infinite line is 0
     //! whatever \a isInfinite says.

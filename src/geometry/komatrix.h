@@ -35,9 +35,11 @@ public:
     //! The identity.
     koMatrix() = default;
     koMatrix(double ma, double mb, double mc, double md, double mtx, double mty)
-        : a(ma), b(mb), c(mc), d(md), tx(mtx), ty(mty) {}
+        : a(ma), b(mb), c(mc), d(md), tx(mtx), ty(mty)
+    {}
     explicit koMatrix(const QTransform &t)
-        : a(t.m11()), b(t.m12()), c(t.m21()), d(t.m22()), tx(t.dx()), ty(t.dy()) {}
+        : a(t.m11()), b(t.m12()), c(t.m21()), d(t.m22()), tx(t.dx()), ty(t.dy())
+    {}
     QTransform toTransform() const { return QTransform(a, b, c, d, tx, ty); }
 
     //! Debug text. The format string keeps a historical typo, "d: 4%", so
@@ -73,7 +75,8 @@ public:
     koPoint transformXY(double x, double y) const;
     koPoint inverseTransform(const koPoint &p) const;
     //! Transforms the first \a count interleaved (x, y) pairs of \a coords in
-    //! place; a count below 1 does nothing.
+    //! place; a count below 1 does nothing, and a count beyond the pairs the
+    //! vector holds stops at its end.
     void transformCoords(QVector<double> &coords, int count) const;
     //! Fills \a coords with the four transformed corners of \a r: top-left,
     //! top-right, bottom-right, bottom-left.

@@ -48,8 +48,9 @@ public:
     double cross(const koPoint &other) const;
 
     //! With \a other: the unsigned angle between the two vectors (0..pi), or
-    //! a signalling NaN when either vector is (near) zero. Without: atan2(y, x),
-    //! 0 for the zero vector.
+    //! a signalling NaN when the product of their lengths is within 1e-12 of
+    //! zero (so also for two tiny vectors). Without: atan2(y, x), 0 for the
+    //! zero vector.
     double getAngleInRadians(const koPoint *other = nullptr) const;
     double getAngle(const koPoint *other = nullptr) const;
     //! Keeps the length and sets the direction, in place; a zero vector is
@@ -95,7 +96,9 @@ public:
     //! Two qrand() calls: the first gives y, the second x (0..RAND_MAX).
     static koPoint random();
     //! Rounds both coordinates with qRound's rule, in place: halves round
-    //! toward positive infinity, so (2.5, -2.5) becomes (3, -2).
+    //! toward positive infinity, so (2.5, -2.5) becomes (3, -2). Values too
+    //! large for a 32-bit int follow the same rule without the int
+    //! conversion; NaN and infinities are kept.
     void round();
 
     // Operator forms of add/subtract/multiply/divide/negate for Qt-style code.
@@ -104,8 +107,18 @@ public:
     koPoint operator*(double f) const { return koPoint(x * f, y * f); }
     koPoint operator/(double f) const { return koPoint(x / f, y / f); }
     koPoint operator-() const { return koPoint(-x, -y); }
-    koPoint &operator+=(const koPoint &o) { x += o.x; y += o.y; return *this; }
-    koPoint &operator-=(const koPoint &o) { x -= o.x; y -= o.y; return *this; }
+    koPoint &operator+=(const koPoint &o)
+    {
+        x += o.x;
+        y += o.y;
+        return *this;
+    }
+    koPoint &operator-=(const koPoint &o)
+    {
+        x -= o.x;
+        y -= o.y;
+        return *this;
+    }
     //! Exact comparison (no tolerance).
     bool operator==(const koPoint &o) const { return x == o.x && y == o.y; }
     bool operator!=(const koPoint &o) const { return !(*this == o); }

@@ -5,12 +5,19 @@
 #include "geometry/kopoint.h"
 #include "geometry/korect.h"
 
+#include <QtCore/QList>
+#include <QtCore/QPair>
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
+#include <functional>
+
+class koCurveLocation;
+class koLine;
 class koMatrix;
 class koPath;
 class koSegment;
+struct opParam;
 
 /*!
     \class koCurve
@@ -53,13 +60,15 @@ public:
     koSegment *segment1() const { return m_segment1; }
     koSegment *segment2() const { return m_segment2; }
     koPath *path() const { return m_path; }
+    //! The points of the two segments; (NaN, NaN) for a missing segment.
     koPoint getPoint1() const;
     koPoint getPoint2() const;
     //! segment1's index in the path.
     int index() const;
     bool isFirst() const;
     bool isLast() const;
-    //! The neighbouring curve in the path; wraps round only in a closed path.
+    //! The neighbouring curve in the path (whose curve list is built when
+    //! needed); wraps round only in a closed path. Null without a path.
     koCurve *getNext() const;
     koCurve *getPrevious() const;
 
@@ -77,25 +86,182 @@ public:
     // --- curve values -----------------------------------------------------
 
     //! The curve values from segment1 to segment2, transformed by \a matrix
-    //! when it is not null.
+    //! when it is not null; eight NaNs when a segment is missing.
     static QVector<double> getValues(const koSegment *segment1, const koSegment *segment2,
                                      const koMatrix *matrix = nullptr);
     QVector<double> getValues(const koMatrix *matrix = nullptr) const;
 
     //! Point (type 0), derivative (1), normal (2) or curvature (3, in x) at
-    //! time \a t. Outside [0, 1] the result is (NaN, NaN).
+    //! time \a t. Outside [0, 1], for a NaN time or with fewer than eight
+    //! values the result is (NaN, NaN).
     static koPoint _evaluate(const QVector<double> &v, double t, int type, bool normalized);
     static koPoint getPoint(const QVector<double> &v, double t);
     koPoint getPointAtTime(double t) const;
 
     //! Signed area between the curve and its chord, closed through the
     //! origin, such that the sum over a closed path is the enclosed area
-    //! (positive for clockwise paths in y-down coordinates).
+    //! (positive for clockwise paths in y-down coordinates). NaN for fewer
+    //! than eight values.
     static double getArea(const QVector<double> &v);
     double getArea() const;
 
     static bool hasHandles(const QVector<double> &v);
     bool hasHandles() const;
+
+    // --- evaluation -------------------------------------------------------
+
+    //! Unit tangent, unit normal (dy, -dx), derivative and turned derivative
+    //! at \a t; a zero handle at an end borrows the handle-to-handle direction.
+    static koPoint getTangent(const QVector<double> &v, double t);
+    static koPoint getNormal(const QVector<double> &v, double t);
+    static koPoint getWeightedTangent(const QVector<double> &v, double t);
+    static koPoint getWeightedNormal(const QVector<double> &v, double t);
+    //! Signed curvature; 0 where the derivative vanishes.
+    static double getCurvature(const QVector<double> &v, double t);
+    koPoint getTangentAtTime(double t) const;
+    koPoint getNormalAtTime(double t) const;
+    koPoint getWeightedTangentAtTime(double t) const;
+    koPoint getWeightedNormalAtTime(double t) const;
+    double getCurvatureAtTime(double t) const;
+
+    // --- length -----------------------------------------------------------
+
+    //! Arc length between times \a a and \a b (a <= b): exact for straight
+    //! curves, Gauss-Legendre with getIterations(a, b) nodes otherwise.
+    static double getLength(const QVector<double> &v, double a = 0, double b = 1);
+    //! The speed |B'(t)| of the curve.
+    static std::function<double(double)> _getLengthIntegrand(const QVector<double> &v);
+    //! max(2, min(16, ceil(|b - a| * 32))) quadrature nodes.
+    static int getIterations(double a, double b);
+    /*!
+        The time reached by walking \a offset along the curve from \a start
+        (-100: from 0 for positive offsets, from 1 for negative ones), or -100
+        when the offset reaches beyond the curve.
+    */
+    static double getTimeAt(const QVector<double> &v, double offset, double start = -100);
+    //! The full length, cached (a zero length is measured again every time).
+    double getLength();
+    double getPartLength(double a, double b) const;
+    double getOffsetAtTime(double t) const;
+    //! The point at a length along the curve (or at a time with \a isTime).
+    koPoint getPointAt(double offset, bool isTime = false) const;
+
+    // --- times of points ----------------------------------------------------
+
+    //! The time of a point lying on the curve (within 2e-7), or -100.
+    static double getTimeOf(const QVector<double> &v, const koPoint &point);
+    double getTimeOf(const koPoint &point) const;
+    //! The time of the curve point nearest to \a point.
+    static double getNearestTime(const QVector<double> &v, const koPoint &point);
+    //! Times (within [min, max]) at which coordinate \a coord (0 x, 1 y)
+    //! equals \a value, appended to \a roots; returns the count.
+    static int solveCubic(const QVector<double> &v, double coord, double value,
+                          QVector<double> &roots, double min, double max);
+
+    // --- parts and bounds -----------------------------------------------------
+
+    //! The pieces before and after \a t (de Casteljau, t not clamped).
+    static QVector<QVector<double>> subdivide(const QVector<double> &v, double t);
+    //! The piece between two times, reversed when \a from > \a to.
+    static QVector<double> getPart(const QVector<double> &v, double from, double to);
+    //! A new free curve (no path, caller owns it) for the piece between two times.
+    koCurve *getPart(double from, double to) const;
+    //! The tight bounding box (exact at the extremes).
+    static koRect getBounds(const QVector<double> &v);
+    //! The tight bounding box, cached in \c bounds.
+    koRect getBounds();
+    //! Widens min[coord]/max[coord] to hold the curve's coordinate series
+    //! v0..v3, padded by padding / 2 at the extremes.
+    static void addBounds(double v0, double v1, double v2, double v3, int coord, double padding,
+                          double *min, double *max, QVector<double> &roots);
+
+    // --- shape predicates -------------------------------------------------------
+
+    //! Straight: no handles, or both handles on the chord (within 2e-7),
+    //! pointing inward and not overshooting.
+    static bool isStraight(const koLine &line, const koPoint &handle1, const koPoint &handle2);
+    static bool isStraight(const QVector<double> &v);
+    bool isStraight() const;
+    //! Linear: straight with the handles at exactly one third of the chord,
+    //! so that time is proportional to distance.
+    static bool isLinear(const koLine &line, const koPoint &handle1, const koPoint &handle2);
+    static bool isLinear(const QVector<double> &v);
+    bool isLinear() const;
+    static bool isFlatEnough(const QVector<double> &v, double flatness);
+    //! The chord from point 1 to point 2.
+    koLine getLine() const;
+    bool isCollinear(const koCurve *other) const;
+    bool isHorizontal() const;
+    bool isVertical() const;
+
+    // --- division -----------------------------------------------------------------
+
+    /*!
+        Divides the curve at \a t (only inside (4e-7, 0.9999996); otherwise
+        null and nothing changes). In a path a segment is inserted and the curve
+        that now starts at it is returned (owned by the path); without a path
+        this curve ends at the new segment and a new free curve (caller owns it)
+        from there to the old end is returned.
+    */
+    koCurve *divideAtTime(double t, bool setHandles);
+    //! The path's splitAt(location); null without a path.
+    koPath *splitAt(koCurveLocation *location);
+
+    // --- locations and intersections -----------------------------------------------
+
+    //! A new location (caller owns it) of a point on the curve, or null.
+    koCurveLocation *getLocationOf(const koPoint &point);
+
+    /*!
+        Every meeting of curve values \a v1 and \a v2 (of curves \a c1 and
+        \a c2), added to \a locations as linked pairs (merged and sorted with
+        koCurveLocation::insert); an empty \a v2 searches \a v1 for a loop.
+        Crossings are found by fat-line clipping (Sederberg & Nishita 1990),
+        curve-line meetings by rotating the line onto the x axis, coincident
+        stretches as overlap pairs. The search is bounded (depth 48, 4096
+        clipping calls) and allocates no curve objects. Returns \a locations.
+    */
+    static QList<koCurveLocation *> &getIntersections(const QVector<double> &v1,
+                                                       const QVector<double> &v2, koCurve *c1,
+                                                       koCurve *c2,
+                                                       QList<koCurveLocation *> &locations,
+                                                       opParam &param);
+    //! Intersections of this curve with \a curve (itself: its loop). The
+    //! caller owns the returned locations (release each one).
+    QList<koCurveLocation *> getIntersectionscurve(koCurve *curve);
+    //! Zero or two pairs (time on v1, time on v2) delimiting a stretch where
+    //! the two curves coincide.
+    static QVector<QPair<double, double>> getOverlaps(const QVector<double> &v1,
+                                                      const QVector<double> &v2);
+    static QList<koCurveLocation *> &getSelfIntersection(const QVector<double> &v1, koCurve *c1,
+                                                          QList<koCurveLocation *> &locations,
+                                                          opParam &param);
+    //! One step of fat-line clipping; returns the running call count.
+    static int addCurveIntersections(const QVector<double> &v1, const QVector<double> &v2,
+                                     koCurve *c1, koCurve *c2,
+                                     QList<koCurveLocation *> &locations, opParam &param,
+                                     double tMin, double tMax, double uMin, double uMax, bool flip,
+                                     double recursion, int calls);
+    static void addCurveLineIntersections(const QVector<double> &v1, const QVector<double> &v2,
+                                          koCurve *c1, koCurve *c2,
+                                          QList<koCurveLocation *> &locations, opParam &param);
+    static void addLineIntersection(const QVector<double> &v1, const QVector<double> &v2,
+                                    koCurve *c1, koCurve *c2, QList<koCurveLocation *> &locations,
+                                    opParam &param);
+    //! Records one linked pair; a time of -100 is found from the point, a NaN
+    //! point computed from the time.
+    static void addLocation(QList<koCurveLocation *> &locations, opParam &param,
+                            const QVector<double> &v1, koCurve *c1, double t1, const koPoint &p1,
+                            const QVector<double> &v2, koCurve *c2, double t2, const koPoint &p2,
+                            bool overlap);
+    //! Top and bottom of the convex hull of the distance function
+    //! (0, d0), (1/3, d1), (2/3, d2), (1, d3).
+    static QVector<QVector<QVector<double>>> getConvexHull(double d0, double d1, double d2,
+                                                           double d3);
+    static double clipConvexHull(const QVector<QVector<double>> &top,
+                                 const QVector<QVector<double>> &bottom, double dMin, double dMax);
+    static double clipConvexHullPart(const QVector<QVector<double>> &part, bool top,
+                                     double threshold);
 
 protected:
     virtual ~koCurve();

@@ -9,7 +9,11 @@
 #include <QtCore/QList>
 #include <QtCore/QVector>
 
+class koBoundOpt;
 class koCurve;
+class koCurveLocation;
+class koMatrix;
+class koStyle;
 class koMono;
 class koSegment;
 class XPath;
@@ -75,7 +79,7 @@ public:
     bool isEmpty() const { return segments.isEmpty(); }
     bool isClosed() const { return closed; }
     const QList<koSegment *> &getSegments() const { return segments; }
-    //! Requires a non-empty path.
+    //! First and last segment; null when the path is empty.
     koSegment *getFirstSegment() const;
     koSegment *getLastSegment() const;
     //! The last segment, or null when the path is empty.
@@ -90,24 +94,36 @@ public:
     bool hasHandles() const;
     void clearHandles();
     //! Releases every segment and empties the list; curves are untouched.
+    //! A segment that outlives the release (held elsewhere) is detached: no
+    //! path, index -1.
     void clearSegments();
-    //! Releases every curve and empties the list.
+    //! Releases every curve and empties the list; a curve held elsewhere
+    //! loses its path.
     void clearCurves();
 
     //! Appends \a segment (a clone when it already belongs to a path) and
-    //! returns the segment stored.
+    //! returns the segment stored; null for a null segment.
     koSegment *addSegment(koSegment *segment);
+    //! Inserts at \a index; a negative index or one beyond the end appends.
     koSegment *insertSegment(int index, koSegment *segment);
+    //! Replaces all segments (the curve list is dropped). The list may hold
+    //! this path's own segments: they are adopted again, not copied. Null
+    //! entries are skipped.
     void setSegments(const QList<koSegment *> &list);
     /*!
         Inserts \a list at \a index (-1 appends). Segments that belong to a
         path are replaced by clones. When the curve list is built, the given
         \a curves (whose references are handed over) and new empty curves are
         inserted and all affected curves re-linked. Returns the list as stored.
+
+        Null entries are skipped; a negative index or one beyond the end
+        appends. Given curves beyond the number of new links are released
+        without being used. A curve list found out of step with the segments
+        is dropped and rebuilt on demand.
     */
     QList<koSegment *> addSegments(QList<koSegment *> list, int index = -1,
                                    const QList<koCurve *> &curves = QList<koCurve *>());
-    //! Removes and releases segment \a i; true when a segment was removed.
+    //! Removes and releases segment \a i; false when \a i is out of range.
     bool removeSegment(int i);
     /*!
         Removes the segments in [from, to) (to = -1: to the end) and the curves
@@ -115,6 +131,12 @@ public:
         are detached (index 0, no path) and appended to \a outSegments and
         \a outCurves; with \a release they are released instead and the lists
         emptied. Returns the number of segments removed.
+
+        A negative \a from counts as 0; \a to below 0 or beyond the end means
+        the end; an empty range removes nothing. A closed path loses the curves
+        [from, to) and the curve before the gap is re-linked to the segment
+        after it (segment 0 when the gap reached the end). With \a release only
+        the entries this call appended are released and taken off the lists.
     */
     int removeSegments(QList<koSegment *> &outSegments, QList<koCurve *> &outCurves, int from,
                        int to = -1, bool release = true);
@@ -141,11 +163,18 @@ public:
     //! Appends a straight segment, also on an empty path.
     void lineTo(double x, double y);
     void lineToPt(const koPoint &p);
+    //! Line by \a d from the current point; nothing happens on an empty path.
     void lineBy(const koPoint &d);
     //! Absolute handles and end point; nothing happens on an empty path.
     void cubicCurveTo(const koPoint &h1, const koPoint &h2, const koPoint &to);
+    //! cubicCurveTo() relative to the current point; nothing happens on an
+    //! empty path.
     void cubicCurveBy(const koPoint &h1, const koPoint &h2, const koPoint &to);
+    //! The quadratic as its degree-elevated cubic (handles a third of the way
+    //! from \a h to each end); nothing happens on an empty path.
     void quadraticCurveTo(const koPoint &h, const koPoint &to);
+    //! quadraticCurveTo() relative to the current point; nothing happens on an
+    //! empty path.
     void quadraticCurveBy(const koPoint &h, const koPoint &to);
     /*!
         Elliptical arc from the current point to \a to (SVG-style endpoint
@@ -153,10 +182,18 @@ public:
         ellipse's rotation in degrees. Radii too small for the chord grow; a
         zero radius draws a line; when no ellipse centre exists the arc falls
         back to the circle through the current point, the chord's perpendicular
-        apex and \a to. The last segment lands exactly on \a to.
+        apex and \a to. The last segment lands exactly on \a to. \a clockwise
+        is meant on a y-down screen (SVG's sweep flag), \a large picks the
+        longer of the two arcs. Each piece spans at most 90 degrees.
+
+        Nothing happens on an empty path. NaN radii or rotation leave no
+        ellipse and take the circular fallback; a NaN end point, or one equal
+        to the current point, draws a line to \a to.
     */
     void arcTo(const koPoint &to, const koSize &radii, double rotation, bool clockwise,
                bool large);
+    //! arcTo() with \a to relative to the current point; nothing happens on
+    //! an empty path.
     void arcBy(const koPoint &to, const koSize &radii, double rotation, bool clockwise,
                bool large);
     //! Arc of the ellipse inscribed in \a rect from \a start over \a sweep
@@ -174,11 +211,101 @@ public:
     //! curve list is built. Coinciding end points are not merged.
     void setClosed(bool closed);
 
+    // --- measurement ----------------------------------------------------------
+
+    /*!
+        The path length. Kept behaviour: the length is accumulated as a whole
+        number, each curve's length added and the running sum truncated toward
+        zero (two curves of 10.7 measure 20). Cached until the path changes.
+    */
+    double getLength();
+    //! A new location (caller owns it) at \a offset along the path (negative:
+    //! from the end), walking the same truncated running length; null beyond
+    //! the path.
+    koCurveLocation *getLocationAt(double offset);
+    //! The point, tangent, normal and curvature at a length along the path;
+    //! NaN when the offset is off the path.
+    koPoint getPointAt(double offset);
+    koPoint getTangentAt(double offset);
+    koPoint getNormalAt(double offset);
+    koPoint getWeightedTangentAt(double offset);
+    koPoint getWeightedNormalAt(double offset);
+    double getCurvatureAt(double offset);
+    //! A new location (caller owns it) of a point on the path, or null.
+    koCurveLocation *getLocationOf(const koPoint &point);
+    //! The length along the path to a point on it; 0 when it is not on it.
+    double getOffsetOf(const koPoint &point);
+    //! The curve holding \a offset; \a offset becomes the length within it.
+    //! Null for the exact total length (the end point belongs to no curve).
+    koCurve *getCurveAtOff(double &offset);
+    //! A new location (caller owns it) of the path point nearest to \a point;
+    //! the earlier curve wins a tie. Null without curves.
+    koCurveLocation *getNearestLocation(const koPoint &point);
+
     // --- editing ------------------------------------------------------------
 
     //! Reverses the segment order in place (handles swapped, curves rebuilt
     //! on demand); a known orientation flips.
     void reverse();
+    /*!
+        Splits the path at \a location. An open path keeps the part before and
+        returns a new path (inserted after it in the parent) holding the part
+        after; a closed path is opened at the location and returned itself.
+        Both parts share the split point. Null when the location is off the path.
+    */
+    koPath *splitAt(koCurveLocation *location);
+    //! splitAt() at a length along the path.
+    koPath *splitAt(double offset);
+    //! splitAt() at time \a time of curve \a index.
+    koPath *split(int index, double time);
+    /*!
+        Appends \a path (reversed when that makes the ends meet within
+        \a tolerance), merging meeting end points; \a path leaves its parent.
+        Then, with \a path null or this path too, a path whose ends meet is
+        closed. Returns this path.
+    */
+    koPath *join(koPath *path, double tolerance);
+    //! Removes straight curves shorter than the tolerance (0, or 2e-7 with
+    //! \a simplify) and, with \a simplify, merges collinear straight runs.
+    koPath *reduce(bool simplify);
+    /*!
+        Recomputes the handles of segments \a from to \a to (-1: the last)
+        so that the path runs smoothly through its points. \a type is one of
+        koPath::SmoothType; \a factor scales the handles (0.5 is the usual).
+    */
+    void smooth(int type, double factor, int from = 0, int to = -1);
+    //! Replaces the curves by straight segments, no point farther than
+    //! \a flatness from the original curve.
+    void flatten(double flatness);
+    //! Sets every segment to the blend of \a from and \a to at \a factor;
+    //! both must have as many segments as this path.
+    void interpolate(const koPath *from, const koPath *to, double factor);
+    //! Transforms every segment by \a matrix (null: nothing).
+    void transformContent(const koMatrix *matrix);
+
+    //! Kinds of smooth().
+    enum SmoothType { SmoothContinuous = 0, SmoothAsymmetric = 1, SmoothCatmullRom = 2,
+                      SmoothGeometric = 3 };
+
+    // --- bounds -------------------------------------------------------------
+
+    /*!
+        Handle bounds, stroke bounds or fill bounds as \a boundOpt asks, under
+        \a matrix (null: none). Kept behaviour: fill bounds flat in one
+        direction are widened to one unit in that direction.
+    */
+    koRect getBounds(const koBoundOpt &boundOpt, const koStyle &style,
+                     const koMatrix *matrix = nullptr);
+    //! The exact fill bounds of \a segments (with the closing curve when
+    //! \a closed), padded by padding[0] / padding[1] at the extremes.
+    static koRect getBounds(const QList<koSegment *> &segments, bool closed,
+                            const double padding[2], const koMatrix *matrix = nullptr);
+    //! A box holding every point and absolute handle.
+    static koRect getHandleBounds(const QList<koSegment *> &segments, const koStyle &style,
+                                  const koBoundOpt &boundOpt, const koMatrix *matrix = nullptr);
+    //! The fill bounds widened by the stroke: half its width, its joins and caps.
+    static koRect getStrokeBounds(const QList<koSegment *> &segments, bool closed,
+                                  const koStyle &style, const koMatrix *matrix = nullptr);
 
     // --- area and orientation -------------------------------------------------
 

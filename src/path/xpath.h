@@ -8,6 +8,9 @@
 #include <QtCore/QVector>
 
 class koCurve;
+class koCurveLocation;
+class koMatrix;
+class koPoint;
 class koPath;
 
 /*!
@@ -40,13 +43,17 @@ public:
     //! demand); the children keep the references.
     QList<koCurve *> getCurves() const;
 
-    //! Inserts \a path at \a index (-1 appends), taking one reference.
+    //! Inserts \a path at \a index (-1, any negative index or one beyond the
+    //! end appends), taking one reference; a null path is ignored.
     void addChild(koPath *path, int index = -1);
+    //! The same for several paths, kept in order; null entries are skipped.
     void addChildren(const QVector<koPath *> &paths, int index = -1);
     //! Removes \a path if it is a child, then releases it once in any case.
     void removeChild(koPath *path);
-    //! Releases and removes the children in [from, to) (to = -1: the end).
+    //! Releases and removes the children in [from, to) (to = -1 or beyond the
+    //! end: the end; a negative from counts as 0; an empty range does nothing).
     void removeChildren(int from, int to = -1);
+    //! Replaces the children; \a paths may name current children.
     void setChildren(const QVector<koPath *> &paths);
     //! Appends copies of \a other's children; copies the flag and bounds.
     void assign(const XPath *other);
@@ -54,6 +61,21 @@ public:
 
     //! Reverses every child in place; the order of children is kept.
     void reverse();
+    //! Reduces every child (last to first); children left empty are removed.
+    XPath *reduce(bool simplify);
+    void flatten(double flatness);
+    //! Flattens and then drops points that deviate less than \a tolerance.
+    void simplify(double tolerance);
+    void interpolate(const XPath *from, const XPath *to, double factor);
+    //! Splits the child holding \a offset (lengths of children in order).
+    koPath *splitAt(double offset);
+    void transformContent(const koMatrix *matrix);
+
+    //! A new location (caller owns it) of the point nearest to \a point on any
+    //! child, or null.
+    koCurveLocation *getNearestLocation(const koPoint &point) const;
+    //! The nearest point, or (NaN, NaN) without curves.
+    koPoint getNearestPoint(const koPoint &point) const;
     //! The orientation of the first child; false when there is none.
     bool isClockwise() const;
     //! Reverses all children when isClockwise() differs from \a clockwise.

@@ -1,0 +1,117 @@
+#ifndef PATHTESTHELPERS_H
+#define PATHTESTHELPERS_H
+
+#include "curve/kocurvelocation.h"
+#include "path/kocurve.h"
+#include "path/kopath.h"
+#include "path/koref.h"
+#include "path/kosegment.h"
+
+#include <QtCore/QString>
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+#include <utility>
+
+// Hex-float text, pasteable into a regression test.
+inline std::string hex(double v)
+{
+    return QString::asprintf("%a", v).toStdString();
+}
+inline std::string hex(const koPoint &p)
+{
+    return "koPoint(" + hex(p.x) + ", " + hex(p.y) + ")";
+}
+
+// An instrumented model object: counts constructions and destructions per
+// kind and records the reference count seen at destruction (the poison mark).
+struct Probe
+{
+    int made = 0, destroyed = 0, lastSeen = 0;
+    int alive() const { return made - destroyed; }
+};
+
+template<class Base>
+struct Probed : Base
+{
+    template<class... Args>
+    explicit Probed(Args &&...args) : Base(std::forward<Args>(args)...)
+    {
+        ++counter().made;
+    }
+    ~Probed() override
+    {
+        ++counter().destroyed;
+        counter().lastSeen = this->refCount;
+    }
+    static Probe &counter()
+    {
+        static Probe p;
+        return p;
+    }
+};
+using ProbeSegment = Probed<koSegment>;
+using ProbeCurve = Probed<koCurve>;
+using ProbePath = Probed<koPath>;
+using ProbeLocation = Probed<koCurveLocation>;
+
+inline void resetProbes()
+{
+    ProbeSegment::counter() = ProbeCurve::counter() = ProbePath::counter() =
+            ProbeLocation::counter() = Probe();
+}
+
+// A path of straight segments, built through the model only.
+inline koPath *polygonPath(std::initializer_list<koPoint> points, bool closed)
+{
+    koPath *path = new koPath(nullptr, closed);
+    for (const koPoint &p : points)
+        path->addSegment(new koSegment(p.x, p.y));
+    return path;
+}
+
+// Four cubic quarter arcs through right, bottom, left, top: clockwise on
+// screen (y down).
+inline koPath *circlePath(const koPoint &c, double r)
+{
+    const double k = 0.5522847498307936 * r;
+    const koPoint pts[4] = {{c.x + r, c.y}, {c.x, c.y + r}, {c.x - r, c.y}, {c.x, c.y - r}};
+    const koPoint out[4] = {{0, k}, {-k, 0}, {0, -k}, {k, 0}};
+    koPath *path = new koPath(nullptr, true);
+    for (int i = 0; i < 4; ++i)
+        path->addSegment(new koSegment(pts[i], -out[i], out[i]));
+    return path;
+}
+
+// The structural invariants of a path: segment indices match positions,
+// curve i joins segments i and i + 1 (0 after the last), the curve count is
+// the implied one, and every reference is accounted for by a holder.
+inline testing::AssertionResult pathIsConsistent(koPath *path)
+{
+    const int n = path->segments.size();
+    const int nc = path->curves.size();
+    if (nc != 0 && nc != int(path->_countCurves()))
+        return testing::AssertionFailure() << nc << " curves for " << n << " segments";
+    QVector<int> refs(n, 1);
+    for (int i = 0; i < nc; ++i) {
+        koCurve *c = path->curves.at(i);
+        const int j = i + 1 < n ? i + 1 : 0;
+        if (c->path() != path || c->segment1() != path->segments.at(i)
+            || c->segment2() != path->segments.at(j) || c->refCount != 1)
+            return testing::AssertionFailure() << "curve " << i << " of " << nc << " is mislinked";
+        ++refs[i];
+        ++refs[j];
+    }
+    for (int i = 0; i < n; ++i) {
+        const koSegment *s = path->segments.at(i);
+        if (s->path != path || s->index != i || s->refCount != refs.at(i))
+            return testing::AssertionFailure()
+                    << "segment " << i << ": index " << s->index << " refCount " << s->refCount
+                    << " expected " << refs.at(i);
+    }
+    return testing::AssertionSuccess();
+}
+
+#endif // PATHTESTHELPERS_H

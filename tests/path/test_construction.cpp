@@ -1,0 +1,448 @@
+// Drawing-command construction of koPath: moves, lines, cubics, quadratics,
+// elliptical arcs, ellipses and closing.
+
+#include "geometry/korect.h"
+#include "geometry/kosize.h"
+#include "path/kocurve.h"
+#include "path/kopath.h"
+#include "path/koref.h"
+#include "path/kosegment.h"
+
+#include <QtCore/QString>
+#include <QtGui/QPainterPath>
+#include <QtGui/QTransform>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+// Found by argument-dependent lookup, so it lives beside koPoint.
+[[maybe_unused]] static void PrintTo(const koPoint &p, std::ostream *os)
+{
+    *os << QString::asprintf("(%.17g, %.17g)", p.x, p.y).toStdString();
+}
+
+namespace {
+
+const double Pi = 3.141592653589793;
+const double Nan = std::numeric_limits<double>::quiet_NaN();
+const double Inf = std::numeric_limits<double>::infinity();
+
+std::string hex(const koPoint &p)
+{
+    return QString::asprintf("koPoint(%a, %a)", p.x, p.y).toStdString();
+}
+
+koPoint pointAt(koPath *path, int i)
+{
+    return path->segments.at(i)->point;
+}
+
+// Bernstein form of the cubic from segment k to k + 1.
+koPoint pieceAt(koPath *path, int k, double t)
+{
+    const koSegment *s1 = path->segments.at(k);
+    const koSegment *s2 = path->segments.at(k + 1);
+    const koPoint p0 = s1->point, p1 = s1->point + s1->handleOut;
+    const koPoint p2 = s2->point + s2->handleIn, p3 = s2->point;
+    const double u = 1 - t;
+    return p0 * (u * u * u) + p1 * (3 * u * u * t) + p2 * (3 * u * t * t) + p3 * (t * t * t);
+}
+
+double chordSide(const koPoint &from, const koPoint &to, const koPoint &p)
+{
+    return (to - from).cross(p - from);
+}
+
+// An SVG arc converted to centre form the way the SVG implementation notes do
+// it, independently of the library.
+struct SvgArc
+{
+    koPoint from, to;
+    koSize radii;          // as given, possibly negative or too small
+    double phi = 0;        // degrees
+    double rx = 0, ry = 0; // the radii in use
+    bool sweep = false, large = false;
+    koPoint centre;
+    double theta1 = 0, delta = 0; // degrees, y-down frame of the ellipse
+
+    void solve()
+    {
+        const double c = std::cos(phi * Pi / 180), s = std::sin(phi * Pi / 180);
+        const double dx = (from.x - to.x) / 2, dy = (from.y - to.y) / 2;
+        const double x1 = c * dx + s * dy, y1 = -s * dx + c * dy;
+        rx = std::abs(radii.width);
+        ry = std::abs(radii.height);
+        const double lambda = x1 * x1 / (rx * rx) + y1 * y1 / (ry * ry);
+        double co = 0;
+        if (lambda > 1) {
+            rx *= std::sqrt(lambda);
+            ry *= std::sqrt(lambda);
+        } else {
+            const double num = rx * rx * ry * ry - rx * rx * y1 * y1 - ry * ry * x1 * x1;
+            co = std::sqrt(std::max(0.0, num / (rx * rx * y1 * y1 + ry * ry * x1 * x1)));
+            if (large == sweep)
+                co = -co;
+        }
+        const double cx1 = co * rx * y1 / ry, cy1 = -co * ry * x1 / rx;
+        centre = koPoint(c * cx1 - s * cy1 + (from.x + to.x) / 2,
+                         s * cx1 + c * cy1 + (from.y + to.y) / 2);
+        const koPoint u((x1 - cx1) / rx, (y1 - cy1) / ry), v((-x1 - cx1) / rx, (-y1 - cy1) / ry);
+        theta1 = std::atan2(u.y, u.x) * 180 / Pi;
+        delta = std::atan2(u.cross(v), u.dot(v)) * 180 / Pi;
+        if (!sweep && delta > 0)
+            delta -= 360;
+        else if (sweep && delta < 0)
+            delta += 360;
+    }
+    // The inputs as hex floats, ready to paste into a regression test.
+    std::string describe() const
+    {
+        return QString::asprintf("from (%a, %a) to (%a, %a) radii (%a, %a) rotation %a "
+                                 "clockwise %d large %d",
+                                 from.x, from.y, to.x, to.y, radii.width, radii.height, phi, sweep,
+                                 large)
+                .toStdString();
+    }
+    // The point in the unit-circle frame of the ellipse.
+    koPoint unit(const koPoint &p) const
+    {
+        const double c = std::cos(phi * Pi / 180), s = std::sin(phi * Pi / 180);
+        const koPoint d = p - centre;
+        return koPoint((c * d.x + s * d.y) / rx, (-s * d.x + c * d.y) / ry);
+    }
+};
+
+std::vector<SvgArc> randomArcs(int n)
+{
+    std::mt19937 rng(20240611);
+    std::uniform_real_distribution<double> coord(-100, 100), radius(-150, 150), angle(-360, 360);
+    std::vector<SvgArc> arcs;
+    for (int i = 0; i < n; ++i) {
+        SvgArc a;
+        a.from = koPoint(coord(rng), coord(rng));
+        a.to = koPoint(coord(rng), coord(rng));
+        a.radii = koSize(radius(rng), radius(rng));
+        a.phi = angle(rng);
+        a.sweep = rng() & 1;
+        a.large = rng() & 1;
+        a.solve();
+        arcs.push_back(a);
+    }
+    return arcs;
+}
+
+koRef<koPath> arcPath(const SvgArc &a)
+{
+    koRef<koPath> path(new koPath);
+    path->moveToPt(a.from);
+    path->arcTo(a.to, a.radii, a.phi, a.sweep, a.large);
+    return path;
+}
+
+// Radius at t = 1/2 of the unit-circle cubic over theta radians whose
+// handles have the length tan(theta / 4); the radius is 1 at both ends and
+// smallest in the middle.
+double middleRadius(double theta)
+{
+    return std::cos(theta / 2) + 0.75 * std::tan(theta / 4) * std::sin(theta / 2);
+}
+
+} // namespace
+
+TEST(PathMoveLine, MoveToReplacesLoneSegmentOnly)
+{
+    koRef<koPath> path(new koPath);
+    path->moveTo(1, 2);
+    path->moveToPt(koPoint(3, 4));
+    ASSERT_EQ(path->segments.size(), 1);
+    EXPECT_EQ(pointAt(path.get(), 0), koPoint(3, 4));
+    path->lineTo(5, 6);
+    path->lineToPt(koPoint(7, 8));
+    path->moveTo(9, 9); // a drawn contour is kept: no second contour
+    ASSERT_EQ(path->segments.size(), 3);
+    EXPECT_EQ(pointAt(path.get(), 0), koPoint(3, 4));
+    EXPECT_EQ(pointAt(path.get(), 2), koPoint(7, 8));
+}
+
+TEST(PathMoveLine, LineToStartsAnEmptyPathCubicToDoesNot)
+{
+    koRef<koPath> path(new koPath);
+    path->cubicCurveTo(koPoint(1, 1), koPoint(2, 2), koPoint(3, 3));
+    path->cubicCurveBy(koPoint(1, 1), koPoint(2, 2), koPoint(3, 3));
+    path->quadraticCurveTo(koPoint(1, 1), koPoint(3, 3));
+    path->quadraticCurveBy(koPoint(1, 1), koPoint(3, 3));
+    path->lineBy(koPoint(1, 1));
+    path->arcTo(koPoint(1, 1), koSize(1, 1), 0, true, false);
+    path->arcBy(koPoint(1, 1), koSize(1, 1), 0, true, false);
+    EXPECT_TRUE(path->isEmpty());
+    path->lineTo(1, 1);
+    ASSERT_EQ(path->segments.size(), 1);
+    EXPECT_EQ(pointAt(path.get(), 0), koPoint(1, 1));
+}
+
+TEST(PathMoveLine, RelativeFormsAddTheCurrentPoint)
+{
+    koRef<koPath> path(new koPath);
+    path->moveTo(10, 20);
+    path->lineBy(koPoint(1, 2));
+    EXPECT_EQ(pointAt(path.get(), 1), koPoint(11, 22));
+    path->cubicCurveBy(koPoint(1, 0), koPoint(2, 1), koPoint(3, 3));
+    const koSegment *s1 = path->segments.at(1), *s2 = path->segments.at(2);
+    EXPECT_EQ(s1->handleOut, koPoint(1, 0));
+    EXPECT_EQ(s2->point, koPoint(14, 25));
+    EXPECT_EQ(s2->handleIn, koPoint(-1, -2));
+    EXPECT_EQ(s2->handleOut, koPoint(0, 0));
+    path->arcBy(koPoint(10, 0), koSize(0, 0), 0, false, false);
+    EXPECT_EQ(pointAt(path.get(), 3), koPoint(24, 25));
+}
+
+TEST(PathQuadratic, EqualsDegreeElevation)
+{
+    const koPoint c(3, -7), h(40, 25), to(-12, 9);
+    koRef<koPath> path(new koPath);
+    path->moveToPt(c);
+    path->quadraticCurveTo(h, to);
+    koRef<koPath> relative(new koPath);
+    relative->moveToPt(c);
+    relative->quadraticCurveBy(h - c, to - c);
+    ASSERT_EQ(path->segments.size(), 2);
+    for (double t = 0; t <= 1; t += 0.125) {
+        const koPoint q = c * ((1 - t) * (1 - t)) + h * (2 * t * (1 - t)) + to * (t * t);
+        const koPoint p = pieceAt(path.get(), 0, t), r = pieceAt(relative.get(), 0, t);
+        EXPECT_LT(p.getDistance(q), 1e-12) << "t " << t << " " << hex(p) << " " << hex(q);
+        EXPECT_LT(r.getDistance(q), 1e-12) << "t " << t << " " << hex(r) << " " << hex(q);
+    }
+}
+
+TEST(PathArcTo, ZeroRadiusDrawsALine)
+{
+    koRef<koPath> path(new koPath);
+    path->moveTo(0, 0);
+    path->arcTo(koPoint(10, 5), koSize(1e-13, 20), 30, true, true);
+    ASSERT_EQ(path->segments.size(), 2);
+    EXPECT_FALSE(path->segments.at(0)->hasHandles());
+    EXPECT_FALSE(path->segments.at(1)->hasHandles());
+    EXPECT_EQ(pointAt(path.get(), 1), koPoint(10, 5));
+}
+
+TEST(PathArcTo, TooSmallRadiiGrowToAHalfEllipse)
+{
+    for (bool clockwise : {false, true}) {
+        koRef<koPath> path(new koPath);
+        path->moveTo(0, 0);
+        path->arcTo(koPoint(10, 0), koSize(1, 1), 0, clockwise, false);
+        ASSERT_EQ(path->segments.size(), 3); // two quarter pieces
+        const koPoint apex = pointAt(path.get(), 1);
+        // Clockwise on a y-down screen passes above the chord.
+        EXPECT_NEAR(apex.x, 5, 1e-12);
+        EXPECT_NEAR(apex.y, clockwise ? -5 : 5, 1e-12);
+    }
+}
+
+TEST(PathArcTo, PieceCountFollowsTheExtent)
+{
+    // Quarter circles of radius 10 from (0, 0) to (10, 10): 90 or 270 degrees.
+    struct Case
+    {
+        koPoint to;
+        bool large;
+        int pieces;
+    };
+    const Case cases[] = {{koPoint(10, 10), false, 1},
+                          {koPoint(20, 0), false, 2},
+                          {koPoint(10, 10), true, 3},
+                          {koPoint(-1e-3, 1e-3), true, 4}}; // nearly a full turn
+    for (const Case &c : cases) {
+        koRef<koPath> path(new koPath);
+        path->moveTo(0, 0);
+        path->arcTo(c.to, koSize(10, 10), 0, true, c.large);
+        EXPECT_EQ(path->segments.size() - 1, c.pieces) << hex(c.to);
+    }
+    // No tolerance: a hair over a quarter turn takes two pieces.
+    for (double y : {10 - 1e-9, 10 + 1e-9}) {
+        koRef<koPath> path(new koPath);
+        path->moveTo(0, 0);
+        path->arcTo(koPoint(10, y), koSize(10, 10), 0, true, false);
+        EXPECT_EQ(path->segments.size() - 1, y < 10 ? 1 : 2);
+    }
+}
+
+TEST(PathArcTo, NonFiniteInputStaysBounded)
+{
+    const koPoint targets[] = {koPoint(10, 0), koPoint(Nan, 0), koPoint(Inf, 5), koPoint(0, 0)};
+    const koSize radii[] = {koSize(Nan, 5), koSize(Inf, Inf), koSize(5, 5), koSize(1e300, 1e-300)};
+    for (const koPoint &to : targets) {
+        for (const koSize &r : radii) {
+            for (double rotation : {0.0, Nan}) {
+                koRef<koPath> path(new koPath);
+                path->moveTo(0, 0);
+                path->arcTo(to, r, rotation, false, true);
+                ASSERT_GE(path->segments.size(), 2);
+                ASSERT_LE(path->segments.size(), 5);
+                const koPoint last = path->getLastSegment()->point;
+                EXPECT_TRUE(to.isNaN() ? last.isNaN() : last == to) << hex(to) << hex(last);
+            }
+        }
+    }
+    // Without an ellipse the arc is the half circle through the chord's apex
+    // on the turning side.
+    koRef<koPath> path(new koPath);
+    path->moveTo(0, 0);
+    path->arcTo(koPoint(10, 0), koSize(Nan, 5), 0, false, false);
+    ASSERT_EQ(path->segments.size(), 3);
+    EXPECT_LT(pointAt(path.get(), 1).getDistance(koPoint(5, -5)), 1e-12)
+            << hex(pointAt(path.get(), 1));
+}
+
+TEST(PathArcTo, RandomArcsEndExactlyOnTheTarget)
+{
+    for (const SvgArc &a : randomArcs(400)) {
+        koRef<koPath> path = arcPath(a);
+        const koPoint last = path->getLastSegment()->point;
+        EXPECT_TRUE(last == a.to) << a.describe() << " ends at " << hex(last);
+    }
+}
+
+TEST(PathArcTo, RandomArcPiecesLieOnTheEllipse)
+{
+    for (const SvgArc &a : randomArcs(400)) {
+        koRef<koPath> path = arcPath(a);
+        const int count = path->segments.size() - 1;
+        ASSERT_GE(count, 1);
+        ASSERT_LE(count, 4);
+        const std::string inputs = a.describe();
+        double turned = 0;
+        for (int k = 0; k < count; ++k) {
+            const koPoint u0 = a.unit(pointAt(path.get(), k));
+            const koPoint u1 = a.unit(pointAt(path.get(), k + 1));
+            EXPECT_NEAR(u0.getLength(), 1, 1e-9) << inputs;
+            turned += std::atan2(u0.cross(u1), u0.dot(u1)) * 180 / Pi;
+            const double theta = std::abs(std::atan2(u0.cross(u1), u0.dot(u1)));
+            EXPECT_LE(theta, Pi / 2 + 1e-9) << inputs;
+            // The handle factor tan(theta/4) bows each piece inwards; its
+            // radius runs from 1 down to middleRadius(theta) and back.
+            const double rMid = middleRadius(theta);
+            for (double t = 0.1; t < 1; t += 0.1) {
+                const double r = a.unit(pieceAt(path.get(), k, t)).getLength();
+                EXPECT_GE(r, rMid - 1e-9) << inputs << " piece " << k << " t " << t;
+                EXPECT_LE(r, 1 + 1e-9) << inputs << " piece " << k << " t " << t;
+            }
+            EXPECT_NEAR(a.unit(pieceAt(path.get(), k, 0.5)).getLength(), rMid, 1e-9) << inputs;
+        }
+        // The pieces turn the oracle's way round by its extent.
+        EXPECT_NEAR(turned, a.delta, 1e-7) << inputs;
+    }
+}
+
+TEST(PathArcTo, RandomArcsMatchQPainterPath)
+{
+    for (const SvgArc &a : randomArcs(200)) {
+        QPainterPath local;
+        const QRectF box(-a.rx, -a.ry, 2 * a.rx, 2 * a.ry);
+        local.arcMoveTo(box, -a.theta1);
+        local.arcTo(box, -a.theta1, -a.delta);
+        const QPainterPath qt =
+                QTransform().translate(a.centre.x, a.centre.y).rotate(a.phi).map(local);
+        const koPoint qtStart(qt.elementAt(0)), qtEnd(qt.currentPosition());
+        const koPoint qtMiddle(qt.pointAtPercent(0.5));
+        // Qt's quadrant cubics stray from the ellipse by about 3e-4 of the radius.
+        const double tolerance = 1e-3 * std::max(a.rx, a.ry);
+        EXPECT_LT(qtStart.getDistance(a.from), tolerance) << a.describe();
+        EXPECT_LT(qtEnd.getDistance(a.to), tolerance) << a.describe();
+
+        koRef<koPath> path = arcPath(a);
+        const int count = path->segments.size() - 1;
+        const koPoint middle = count % 2 == 0 ? pointAt(path.get(), count / 2)
+                                              : pieceAt(path.get(), count / 2, 0.5);
+        EXPECT_GT(chordSide(a.from, a.to, middle) * chordSide(a.from, a.to, qtMiddle), 0)
+                << a.describe();
+    }
+}
+
+TEST(PathArcTo2, JoinsWithALineOnlyBeyondATenth)
+{
+    const koRect rect(0, 0, 100, 100); // the arc starts at (100, 50)
+    for (double dx : {0.0, 0.05, 0.2}) {
+        koRef<koPath> path(new koPath);
+        path->moveTo(100 + dx, 50);
+        path->arcTo2(rect, 0, 90);
+        EXPECT_EQ(path->segments.size(), dx > 0.1 ? 3 : 2) << dx;
+        // Negated angles: a positive sweep turns clockwise on screen, down.
+        const koPoint end = path->getLastSegment()->point;
+        EXPECT_LT(end.getDistance(koPoint(50, 100)), 1e-9) << hex(end);
+    }
+    koRef<koPath> path(new koPath);
+    path->arcTo2(koRect(0, 0, 100, 0), 0, 90);
+    EXPECT_TRUE(path->isEmpty());
+    path->arcTo2(rect, 30, 200);
+    QPainterPath qt;
+    qt.arcMoveTo(rect.toRectF(), -30);
+    qt.arcTo(rect.toRectF(), -30, -200);
+    EXPECT_LT(pointAt(path.get(), 0).getDistance(koPoint(qt.elementAt(0))), 1e-6);
+    EXPECT_LT(path->getLastSegment()->point.getDistance(koPoint(qt.currentPosition())), 1e-6);
+}
+
+TEST(PathEllipse, AddsFiveSegmentsOnTheEllipse)
+{
+    const koRect rect(10, 20, 60, 30);
+    koRef<koPath> path(new koPath);
+    path->ellipse(rect);
+    ASSERT_EQ(path->segments.size(), 5);
+    EXPECT_FALSE(path->isClosed());
+    EXPECT_EQ(pointAt(path.get(), 4), pointAt(path.get(), 0));
+    for (const koSegment *s : path->segments) {
+        const double u = (s->point.x - 40) / 30, v = (s->point.y - 35) / 15;
+        EXPECT_NEAR(u * u + v * v, 1, 1e-12) << hex(s->point);
+    }
+    path->ellipse(koRect(0, 0, -1, 5));
+    EXPECT_EQ(path->segments.size(), 5);
+}
+
+TEST(PathEllipse, ReplacesALoneStartPointButNotAContour)
+{
+    koRef<koPath> lone(new koPath);
+    lone->moveTo(-5, -5);
+    lone->ellipse(koRect(0, 0, 10, 10));
+    ASSERT_EQ(lone->segments.size(), 5);
+    EXPECT_EQ(pointAt(lone.get(), 0), koPoint(10, 5));
+
+    // A closed lone point whose closing curve is built: the curve keeps the
+    // old segment alive until the path goes (the leak checker watches).
+    koRef<koPath> closed(new koPath(nullptr, true));
+    closed->moveTo(-5, -5);
+    ASSERT_EQ(closed->getCurves().size(), 1);
+    closed->ellipse(koRect(0, 0, 10, 10));
+    EXPECT_EQ(closed->segments.size(), 5);
+
+    koRef<koPath> contour(new koPath);
+    contour->moveTo(-5, -5);
+    contour->lineTo(-5, 5);
+    contour->ellipse(koRect(0, 0, 10, 10));
+    ASSERT_EQ(contour->segments.size(), 6);
+    EXPECT_EQ(pointAt(contour.get(), 0), koPoint(-5, -5));
+}
+
+TEST(PathSetClosed, AddsAndDropsTheClosingCurve)
+{
+    koRef<koPath> path(new koPath);
+    path->setClosed(true); // empty, nothing built
+    EXPECT_TRUE(path->isClosed());
+    path->setClosed(false);
+    path->moveTo(0, 0);
+    path->lineTo(10, 0);
+    path->lineTo(10, 10);
+    ASSERT_EQ(path->getCurves().size(), 2);
+    path->setClosed(true);
+    ASSERT_EQ(path->curves.size(), 3);
+    EXPECT_EQ(path->curves.last()->segment1(), path->segments.last());
+    EXPECT_EQ(path->curves.last()->segment2(), path->segments.first());
+    path->setClosed(true);
+    EXPECT_EQ(path->curves.size(), 3);
+    path->setClosed(false);
+    EXPECT_EQ(path->curves.size(), 2);
+    EXPECT_FALSE(path->isClosed());
+    EXPECT_EQ(path->segments.size(), 3);
+}
