@@ -24,7 +24,10 @@
 #include "curve/koopparam.h"
 
 #include "boolean/koboundopt.h"
+#include "boolean/kohitopt.h"
+#include "boolean/kohitresult.h"
 #include "boolean/komono.h"
 #include "boolean/kostyle.h"
+#include "boolean/kowinding.h"
 
 #endif // RVGRAPHICS_H

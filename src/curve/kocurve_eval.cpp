@@ -163,3 +163,53 @@ bool koCurve::hasHandles() const
     return (m_segment1 && !m_segment1->handleOut.isZero())
             || (m_segment2 && !m_segment2->handleIn.isZero());
 }
+
+koPoint koCurve::getTangent(const QVector<double> &v, double t)
+{
+    return _evaluate(v, t, 1, true);
+}
+
+koPoint koCurve::getNormal(const QVector<double> &v, double t)
+{
+    return _evaluate(v, t, 2, true);
+}
+
+koPoint koCurve::getWeightedTangent(const QVector<double> &v, double t)
+{
+    return _evaluate(v, t, 1, false);
+}
+
+koPoint koCurve::getWeightedNormal(const QVector<double> &v, double t)
+{
+    return _evaluate(v, t, 2, false);
+}
+
+double koCurve::getCurvature(const QVector<double> &v, double t)
+{
+    return _evaluate(v, t, 3, false).x;
+}
+
+koPoint koCurve::getTangentAtTime(double t) const
+{
+    return getTangent(getValues(), t);
+}
+
+koPoint koCurve::getNormalAtTime(double t) const
+{
+    return getNormal(getValues(), t);
+}
+
+koPoint koCurve::getWeightedTangentAtTime(double t) const
+{
+    return getWeightedTangent(getValues(), t);
+}
+
+koPoint koCurve::getWeightedNormalAtTime(double t) const
+{
+    return getWeightedNormal(getValues(), t);
+}
+
+double koCurve::getCurvatureAtTime(double t) const
+{
+    return getCurvature(getValues(), t);
+}

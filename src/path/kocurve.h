@@ -127,7 +127,9 @@ public:
     // --- length -----------------------------------------------------------
 
     //! Arc length between times \a a and \a b (a <= b): exact for straight
-    //! curves, Gauss-Legendre with getIterations(a, b) nodes otherwise.
+    //! curves, Gauss-Legendre with getIterations(a, b) nodes otherwise (the
+    //! error grows near cusps, where the speed nearly vanishes). NaN for
+    //! fewer than eight values.
     static double getLength(const QVector<double> &v, double a = 0, double b = 1);
     //! The speed |B'(t)| of the curve.
     static std::function<double(double)> _getLengthIntegrand(const QVector<double> &v);
@@ -136,7 +138,8 @@ public:
     /*!
         The time reached by walking \a offset along the curve from \a start
         (-100: from 0 for positive offsets, from 1 for negative ones), or -100
-        when the offset reaches beyond the curve.
+        when the offset reaches beyond the curve. Also -100 for a NaN offset,
+        a start outside [0, 1], and values that are short or not finite.
     */
     static double getTimeAt(const QVector<double> &v, double offset, double start = -100);
     //! The full length, cached (a zero length is measured again every time).
@@ -148,30 +151,42 @@ public:
 
     // --- times of points ----------------------------------------------------
 
-    //! The time of a point lying on the curve (within 2e-7), or -100.
+    //! The time of a point lying on the curve (within 2e-7), or -100 (also
+    //! for fewer than eight values).
     static double getTimeOf(const QVector<double> &v, const koPoint &point);
     double getTimeOf(const koPoint &point) const;
-    //! The time of the curve point nearest to \a point.
+    //! The time of the curve point nearest to \a point: the nearest of 101
+    //! samples refined to a local minimum; a straight curve is answered
+    //! through its chord. -100 when the values (fewer than eight) or the
+    //! point are not finite.
     static double getNearestTime(const QVector<double> &v, const koPoint &point);
     //! Times (within [min, max]) at which coordinate \a coord (0 x, 1 y)
-    //! equals \a value, appended to \a roots; returns the count.
+    //! equals \a value, written into \a roots from index 0 as
+    //! koNumeric::solveCubic does; returns the count, -1 when the coordinate
+    //! is constant and equal to \a value (every time solves it), 0 for short
+    //! values, a NaN value or a coord outside [0, 2).
     static int solveCubic(const QVector<double> &v, double coord, double value,
                           QVector<double> &roots, double min, double max);
 
     // --- parts and bounds -----------------------------------------------------
 
-    //! The pieces before and after \a t (de Casteljau, t not clamped).
+    //! The pieces before and after \a t (de Casteljau, t not clamped);
+    //! eight NaNs each for fewer than eight values.
     static QVector<QVector<double>> subdivide(const QVector<double> &v, double t);
-    //! The piece between two times, reversed when \a from > \a to.
+    //! The piece between two times, reversed when \a from > \a to; eight
+    //! NaNs for fewer than eight values or a NaN time.
     static QVector<double> getPart(const QVector<double> &v, double from, double to);
     //! A new free curve (no path, caller owns it) for the piece between two times.
     koCurve *getPart(double from, double to) const;
-    //! The tight bounding box (exact at the extremes).
+    //! The tight bounding box (exact at the extremes); NaN for fewer than
+    //! eight values.
     static koRect getBounds(const QVector<double> &v);
     //! The tight bounding box, cached in \c bounds.
     koRect getBounds();
     //! Widens min[coord]/max[coord] to hold the curve's coordinate series
-    //! v0..v3, padded by padding / 2 at the extremes.
+    //! v0..v3, padded by padding / 2 at the extremes. Where the coordinate
+    //! turns inside the curve, the end value v3 is deliberately added without
+    //! padding (v0 is the caller's seed). \a roots is scratch space.
     static void addBounds(double v0, double v1, double v2, double v3, int coord, double padding,
                           double *min, double *max, QVector<double> &roots);
 
@@ -201,7 +216,8 @@ public:
         null and nothing changes). In a path a segment is inserted and the curve
         that now starts at it is returned (owned by the path); without a path
         this curve ends at the new segment and a new free curve (caller owns it)
-        from there to the old end is returned.
+        from there to the old end is returned. Null for a NaN time or a
+        curve without two segments.
     */
     koCurve *divideAtTime(double t, bool setHandles);
     //! The path's splitAt(location); null without a path.
@@ -219,24 +235,48 @@ public:
         Crossings are found by fat-line clipping (Sederberg & Nishita 1990),
         curve-line meetings by rotating the line onto the x axis, coincident
         stretches as overlap pairs. The search is bounded (depth 48, 4096
-        clipping calls) and allocates no curve objects. Returns \a locations.
+        clipping calls) and allocates no curve objects; pairs whose reduced
+        control polygons are apart return at once, without allocating.
+        Fewer than eight values or a non-finite value give nothing. Returns
+        \a locations.
+
+        Ownership: each pair adds at most one entry (see addLocation()), which
+        carries the list's reference; release every entry and its partner
+        (\c intersection) once when done. With null curves the values stand
+        for the whole curves.
     */
     static QList<koCurveLocation *> &getIntersections(const QVector<double> &v1,
                                                        const QVector<double> &v2, koCurve *c1,
                                                        koCurve *c2,
                                                        QList<koCurveLocation *> &locations,
                                                        opParam &param);
-    //! Intersections of this curve with \a curve (itself: its loop). The
-    //! caller owns the returned locations (release each one).
+    //! Intersections of this curve with \a curve (itself: its loop; null:
+    //! none). The caller owns the returned locations: release each entry and
+    //! its partner.
     QList<koCurveLocation *> getIntersectionscurve(koCurve *curve);
     //! Zero or two pairs (time on v1, time on v2) delimiting a stretch where
-    //! the two curves coincide.
+    //! the two curves coincide (within 2e-7, absolute).
     static QVector<QPair<double, double>> getOverlaps(const QVector<double> &v1,
                                                       const QVector<double> &v2);
+    /*!
+        The crossing of a loop of \a v1, as one pair on \a c1. The curve is
+        split at the root of greatest curvature (compared as whole numbers,
+        deliberately) and the halves are searched with \a param's
+        renormalize fields and excludeEnd set: \a param is changed.
+    */
     static QList<koCurveLocation *> &getSelfIntersection(const QVector<double> &v1, koCurve *c1,
                                                           QList<koCurveLocation *> &locations,
                                                           opParam &param);
-    //! One step of fat-line clipping; returns the running call count.
+    /*!
+        One step of fat-line clipping of \a v1 (covering [tMin, tMax] of
+        \a c1) against \a v2 (covering [uMin, uMax] of \a c2); \a flip tells
+        that the pair is swapped relative to the caller's order. Returns the
+        running call count: once 4096 calls are spent, each call still
+        pending on the stack adds one more as it returns, so a search from
+        calls = 0 returns at most 4096 + 48. Each kept range is widened by the
+        rounding of the distances (a few units in the last place), so that a
+        crossing at the very end of a range is not lost.
+    */
     static int addCurveIntersections(const QVector<double> &v1, const QVector<double> &v2,
                                      koCurve *c1, koCurve *c2,
                                      QList<koCurveLocation *> &locations, opParam &param,
@@ -248,16 +288,24 @@ public:
     static void addLineIntersection(const QVector<double> &v1, const QVector<double> &v2,
                                     koCurve *c1, koCurve *c2, QList<koCurveLocation *> &locations,
                                     opParam &param);
-    //! Records one linked pair; a time of -100 is found from the point, a NaN
-    //! point computed from the time.
+    /*!
+        Records one linked pair; a time of -100 is found from the point, a NaN
+        point computed from the time. Times outside the curve, or at a joint
+        excluded by \a param (not for an overlap), drop the pair. The list
+        gets the location on the earlier curve of one path (else the one on
+        \a c1); a pair rejected by param.include or merged into an equal
+        entry is released at once.
+    */
     static void addLocation(QList<koCurveLocation *> &locations, opParam &param,
                             const QVector<double> &v1, koCurve *c1, double t1, const koPoint &p1,
                             const QVector<double> &v2, koCurve *c2, double t2, const koPoint &p2,
                             bool overlap);
     //! Top and bottom of the convex hull of the distance function
-    //! (0, d0), (1/3, d1), (2/3, d2), (1, d3).
+    //! (0, d0), (1/3, d1), (2/3, d2), (1, d3), as lists of (x, y) points.
     static QVector<QVector<QVector<double>>> getConvexHull(double d0, double d1, double d2,
                                                            double d3);
+    //! The first x at which the hull can enter the band [dMin, dMax], walking
+    //! from the first points; NaN for none.
     static double clipConvexHull(const QVector<QVector<double>> &top,
                                  const QVector<QVector<double>> &bottom, double dMin, double dMax);
     static double clipConvexHullPart(const QVector<QVector<double>> &part, bool top,

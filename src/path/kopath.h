@@ -12,6 +12,8 @@
 class koBoundOpt;
 class koCurve;
 class koCurveLocation;
+class koHitOpt;
+class koHitResult;
 class koMatrix;
 class koStyle;
 class koMono;
@@ -219,9 +221,14 @@ public:
         zero (two curves of 10.7 measure 20). Cached until the path changes.
     */
     double getLength();
-    //! A new location (caller owns it) at \a offset along the path (negative:
-    //! from the end), walking the same truncated running length; null beyond
-    //! the path.
+    /*!
+        A new location (caller owns it) at \a offset along the path (negative:
+        from the end), walking the same truncated running length: the curve
+        whose truncated running length first exceeds the offset takes it. The
+        whole walked length ends at time 1 of the last curve. Null beyond the
+        path, for an offset still negative after counting from the end, for
+        NaN, and for a path without curves.
+    */
     koCurveLocation *getLocationAt(double offset);
     //! The point, tangent, normal and curvature at a length along the path;
     //! NaN when the offset is off the path.
@@ -249,38 +256,109 @@ public:
     void reverse();
     /*!
         Splits the path at \a location. An open path keeps the part before and
-        returns a new path (inserted after it in the parent) holding the part
-        after; a closed path is opened at the location and returned itself.
-        Both parts share the split point. Null when the location is off the path.
+        returns a new path holding the part after (with this path's closed
+        flag and flags); a closed path is opened at the location, the part
+        after it moved to the front, and returned itself. Both parts share the
+        split point (each has its own segment there). A location inside a curve
+        (time 4e-7 or more) divides that curve; a time of 0.9999996 or more
+        counts as the start of the next curve.
+
+        Ownership: with a parent compound path the new path is added to it
+        right after this one and the parent holds it; without a parent the
+        caller owns it (count 0: release once).
+
+        Null, with nothing changed, for a null location, a location on another
+        path's curve, a NaN time, or one at or past the end of the last curve.
+        Kept asymmetry: a location whose curve cannot be found is taken only
+        with a time of 0.9999996 or more, and then splits at the path's start.
     */
     koPath *splitAt(koCurveLocation *location);
-    //! splitAt() at a length along the path.
+    //! splitAt() at a length along the path (see getLocationAt()); the
+    //! temporary location is released.
     koPath *splitAt(double offset);
-    //! splitAt() at time \a time of curve \a index.
+    //! splitAt() at time \a time of curve \a index; null when the index is
+    //! not a curve or the time is outside [0, 1] (or NaN).
     koPath *split(int index, double time);
     /*!
         Appends \a path (reversed when that makes the ends meet within
         \a tolerance), merging meeting end points; \a path leaves its parent.
         Then, with \a path null or this path too, a path whose ends meet is
         closed. Returns this path.
+
+        Points meet when their distance is at most \a tolerance. End to start:
+        copies of \a path's segments after its first are appended and this
+        last segment takes its outgoing handle; start to end: copies before
+        its last are put in front and this first segment takes its incoming
+        handle; otherwise all are appended. A closed \a path adds its first
+        point once more. \a path itself may be left reversed; it keeps its
+        segments, and its parent's reference is released (which frees it
+        when nobody else holds it). An empty \a path changes nothing.
     */
     koPath *join(koPath *path, double tolerance);
-    //! Removes straight curves shorter than the tolerance (0, or 2e-7 with
-    //! \a simplify) and, with \a simplify, merges collinear straight runs.
+    /*!
+        Removes straight curves shorter than the tolerance (0, or 2e-7 with
+        \a simplify) and, with \a simplify, straight curves collinear with the
+        next curve (a removed curve's end segment goes; its start segment takes
+        over the outgoing handle). The walk runs from the last curve to the
+        first and starts again from the last after every removal. A curve's
+        cached length is used when known; a zero cache is measured and stored,
+        a NaN cache is used as it stands (and is never short). reduce(false)
+        therefore removes nothing. Returns this path.
+    */
     koPath *reduce(bool simplify);
     /*!
-        Recomputes the handles of segments \a from to \a to (-1: the last)
-        so that the path runs smoothly through its points. \a type is one of
-        koPath::SmoothType; \a factor scales the handles (0.5 is the usual).
+        Recomputes the handles of segments \a from to \a to (-1, or any index
+        past the end: the last) so that the path runs smoothly through its
+        points, which never move. In a closed path a range with \a from after
+        \a to runs round through the start; in an open one the two swap. Every
+        segment of the range gets both handles, except that the outer handle
+        at an end of an open path (which belongs to no curve) is left alone.
+
+        \a type (koPath::SmoothType):
+        - SmoothContinuous: the C2 cubic spline through the points with uniform
+          parameter spans, solved as a tridiagonal system (natural ends, zero
+          curvature, at the ends of an open path) or as the cyclic system of a
+          closed path (Sherman-Morrison). Handles are equal and opposite.
+        - SmoothAsymmetric: the same spline with centripetal spans (the square
+          root of each chord), C2 in that parameter; the two handles at a point
+          are collinear but as long as their spans, which keeps short and long
+          neighbours from overshooting.
+        - SmoothCatmullRom: centripetal Catmull-Rom handles from the previous
+          and next point (no overshoot, no cusps).
+        - SmoothGeometric: handles parallel to the chord from the previous to
+          the next point, each factor times that chord scaled by the adjacent
+          segment's share of the two lengths.
+        The spline types solve over the range plus one neighbour on each side
+        (the whole ring when that covers a closed path). At the ends of an open
+        path the local types put the inner handle halfway to the neighbour's
+        facing control point (zero curvature there), or on the chord for a
+        single curve.
+
+        \a factor scales the handles: 0.5 gives the exact spline (for the
+        Catmull-Rom type it is the tension), 0 gives straight segments. Nothing
+        happens for fewer than two segments, an unknown type, a non-finite
+        factor, or (spline types) a non-finite point among those solved. The
+        smooth joints are G1: the incoming and outgoing handle of every
+        smoothed point with two neighbours are opposite in direction.
     */
     void smooth(int type, double factor, int from = 0, int to = -1);
-    //! Replaces the curves by straight segments, no point farther than
-    //! \a flatness from the original curve.
+    /*!
+        Replaces the curves by straight segments whose points lie on them: each
+        curve is halved until every piece passes isFlatEnough(), so that the
+        polyline and the curves are within \a flatness of each other (both
+        ways). Straight curves keep just their ends; all handles go. A flatness
+        below 2e-7 (or NaN) counts as 2e-7; the halving stops at depth 12
+        (4096 pieces per curve), which bounds the work on huge or degenerate
+        curves (the flatness is then met only as far as that depth allows). Curves with non-finite values become chords.
+    */
     void flatten(double flatness);
-    //! Sets every segment to the blend of \a from and \a to at \a factor;
-    //! both must have as many segments as this path.
+    //! Sets every segment to the blend of \a from and \a to at \a factor
+    //! (point and handles, 0 gives \a from, 1 gives \a to). Nothing happens
+    //! when either is null or their segment counts differ from this path's.
     void interpolate(const koPath *from, const koPath *to, double factor);
-    //! Transforms every segment by \a matrix (null: nothing).
+    //! Transforms every segment by \a matrix (null: nothing) and forgets the
+    //! cached measurements. A known orientation flips under a reflection
+    //! (negative determinant) and is forgotten under a singular map.
     void transformContent(const koMatrix *matrix);
 
     //! Kinds of smooth().
@@ -290,22 +368,143 @@ public:
     // --- bounds -------------------------------------------------------------
 
     /*!
-        Handle bounds, stroke bounds or fill bounds as \a boundOpt asks, under
-        \a matrix (null: none). Kept behaviour: fill bounds flat in one
-        direction are widened to one unit in that direction.
+        Handle bounds (boundOpt.handle), else stroke bounds (boundOpt.stroke),
+        else fill bounds of this path, under \a matrix (null: none). Kept
+        behaviour: fill bounds flat in one direction only are widened to one
+        unit in that direction, so a horizontal line from (0, 5) to (10, 5)
+        gives (0, 5, 10, 1); a single point stays a zero-size box. No segments:
+        the all-zero rectangle.
     */
     koRect getBounds(const koBoundOpt &boundOpt, const koStyle &style,
                      const koMatrix *matrix = nullptr);
-    //! The exact fill bounds of \a segments (with the closing curve when
-    //! \a closed), padded by padding[0] / padding[1] at the extremes.
+    /*!
+        The exact fill bounds of \a segments (with the closing curve from the
+        last segment to the first when \a closed): the box of the curves
+        transformed by \a matrix, not the transformed box. The box is seeded
+        with the first point; each curve then widens it per axis through
+        koCurve::addBounds() with padding[0] (x) and padding[1] (y), which pads
+        its extremes by half that value (null \a padding: none). No segments:
+        the all-zero rectangle. A NaN coordinate (or matrix entry) makes that
+        axis of the box NaN.
+    */
     static koRect getBounds(const QList<koSegment *> &segments, bool closed,
                             const double padding[2], const koMatrix *matrix = nullptr);
-    //! A box holding every point and absolute handle.
+    /*!
+        A box holding every point and absolute handle of \a segments
+        (transformed by \a matrix). With boundOpt.strokePadding and a positive
+        stroke width, each handle is widened by the pen (getStrokePadding() of
+        half the width) and each point by the farthest reach of a join or cap:
+        half the width times the miter limit for miter joins (at least one),
+        times sqrt(2) for square caps. Such a box holds the stroke bounds.
+        No segments: the all-zero rectangle.
+    */
     static koRect getHandleBounds(const QList<koSegment *> &segments, const koStyle &style,
                                   const koBoundOpt &boundOpt, const koMatrix *matrix = nullptr);
-    //! The fill bounds widened by the stroke: half its width, its joins and caps.
+    /*!
+        The box of the stroke of \a segments drawn with \a style and then
+        transformed by \a matrix:
+        - the fill bounds widened by the pen: half the stroke width all round,
+          under a matrix the box of the pen circle mapped by its linear part
+          (this is exact for round joins and caps, and enough for butt caps
+          and bevel joins);
+        - miter joins: at every join (and the start of a closed path) whose
+          miter tip lies within miterLimit * width / 2 of the point, the tip;
+          a longer miter is cut to a bevel (as in SVG and Qt::SvgMiterJoin);
+        - square caps: the two outer corners at each end of an open path,
+          half the width beyond the end along the end tangent.
+        Tangents come from the first control point that differs from the end
+        point; curves of zero length are skipped. A path without any
+        direction (one point, or all points equal) counts as a zero-length
+        line along x. A zero, negative or NaN stroke width gives the fill
+        bounds.
+    */
     static koRect getStrokeBounds(const QList<koSegment *> &segments, bool closed,
                                   const koStyle &style, const koMatrix *matrix = nullptr);
+    //! Half the extents (x, y) of the box of a pen of \a radius drawn in path
+    //! coordinates and mapped by the linear part of \a matrix (null: none).
+    static koPoint getStrokePadding(double radius, const koMatrix *matrix = nullptr);
+    /*!
+        Appends to \a points the outer outline of the join at \a segment for a
+        stroke of half width \a radius: the offset points of the incoming and
+        outgoing curves on the outer side of the turn and, for koJoinMiter,
+        between them the miter tip when it lies within \a miterLimit (an
+        absolute distance from the point). Other join kinds give the bevel.
+        With \a isArea the segment's point comes first, so the points form a
+        closed area. Mapped by \a matrix. Neighbours are found through the
+        segment's path; nothing is appended at the ends of an open path, for a
+        segment without path, or when a side has no direction.
+    */
+    static void addBevelJoin(const koSegment *segment, int join, double radius,
+                             double miterLimit, const koMatrix *matrix, QVector<koPoint> &points,
+                             bool isArea = false);
+    /*!
+        Appends to \a points the outline of the cap at \a segment (an end of
+        an open path) for a stroke of half width \a radius: the two offset
+        points across the end; for koCapSquare moved half the width beyond the
+        end along its tangent. With \a isArea (square caps) the two points
+        across the end itself come first, so the four points form the cap's
+        rectangle. Mapped by \a matrix. The first segment of its path caps
+        the start, any other segment the end; an end without direction (or a
+        segment without path) uses the x axis.
+    */
+    static void addSquareCap(const koSegment *segment, int cap, double radius,
+                             const koMatrix *matrix, QVector<koPoint> &points,
+                             bool isArea = false);
+
+    // --- winding, containment and hit testing --------------------------------
+
+    /*!
+        The path cut into y-monotone pieces for winding queries (built on first
+        use, cleared by any change of geometry through _changed()). Curves of
+        zero length add nothing; a curve that is straight or whose control
+        points are ordered in y is one piece, any other is cut at the roots of
+        dy/dt inside (4e-7, 0.9999996). A piece whose end points differ by a
+        slope below 2e-7 is horizontal (winding 0). An open path of two or more
+        segments gets a straight closing piece from its last point to its
+        first. The first piece's \c last names the last piece of non-zero
+        winding.
+    */
+    const QList<koMono *> &getMonoCurves();
+    /*!
+        A point inside the path: the centre of its fill bounds when that lies
+        inside under the even-odd rule, otherwise the middle of the two
+        leftmost crossings of a horizontal ray through that centre (the centre
+        itself when fewer than two crossings exist). \a flag is handed to the
+        style of the containment test (koStyle::flag0).
+    */
+    koPoint getInteriorPoint(bool flag);
+    /*!
+        Fill containment under the style's fill rule (koStyle::evenOdd). A
+        point not strictly inside the handle bounds is outside, so a point on
+        the border of that box is outside even where the outline runs along
+        it; elsewhere a point on the outline counts as inside. An open path
+        is filled as if closed by a straight line. NaN points are outside.
+    */
+    bool contains(const koPoint &point, const koStyle &style);
+    /*!
+        Hit test of this path alone; note that the options come before the
+        style. Returns the empty result when nothing is hit.
+
+        The outline: with \a opt.stroke the stroke of \a style is tested (type
+        1): a point hits within half the stroke width (plus opt.tolerance) of a
+        curve, and at segments the join or cap closes the stroke as Qt draws
+        it: butt caps end flat at the end point, square caps add a half-width
+        square beyond it, round caps the half disc; on the outer side of a
+        turn bevel joins fill the triangle between the outer corners, round
+        joins the disc sector, and miter joins reach to the miter tip while it
+        lies within miterLimit half-widths of the point, falling back to the
+        bevel beyond (as Qt::SvgMiterJoin). Joins and caps are widened by
+        opt.tolerance; other cap and join kinds count as butt and bevel. A stroke width of 0 leaves the
+        plain distance to the outline; a negative or NaN width draws no stroke.
+        Without opt.stroke a point within opt.tolerance of the outline hits
+        (type 3 with opt.curves, else type 2). The point of an outline hit is
+        the nearest point of the path (the segment's point for a join or cap
+        reached from farther away), the segment the nearer end of its curve.
+
+        Then, with \a opt.fill, contains() under \a style (its flag0 taken
+        from opt.flag): type 2 with the query point.
+    */
+    koHitResult _hitTestSelf(const koPoint &point, const koHitOpt &opt, const koStyle &style);
 
     // --- area and orientation -------------------------------------------------
 

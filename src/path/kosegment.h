@@ -96,6 +96,18 @@ public:
 
     //! In place: point and handles become from*(1 - t) + to*t.
     void interpolate(const koSegment &from, const koSegment &to, double t);
+    /*!
+        Recomputes the handles of this segment so that its path runs smoothly
+        through it, by koPath::SmoothType \a type and \a factor (0.5 is the
+        usual value; see koPath::smooth()). Catmull-Rom and geometric handles
+        come from the previous and next point alone; the two spline types are
+        solved over the neighbours through koPath::smooth(type, factor, i, i).
+        At an end of an open path only the inner handle is set: halfway to the
+        neighbour's facing control point (zero curvature at the end), or on the
+        chord when the path is a single curve. Nothing happens without a path,
+        for an unknown type or a non-finite factor.
+    */
+    void smooth(int type, double factor = 0.5);
     //! Same length, and pairwise points and handles within 1e-12 per axis.
     static bool segsEquals(const QList<koSegment *> &listA, const QList<koSegment *> &listB);
     //! Fills \a coords with point, absolute handleIn and absolute handleOut

@@ -12,13 +12,17 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <cstdio>
 #include <string>
 #include <utility>
 
 // Hex-float text, pasteable into a regression test.
 inline std::string hex(double v)
 {
-    return QString::asprintf("%a", v).toStdString();
+    // QString::asprintf has no %a; the C library's printf does.
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%a", v);
+    return buffer;
 }
 inline std::string hex(const koPoint &p)
 {

@@ -8,6 +8,7 @@
 #include "path/koref.h"
 #include "path/kosegment.h"
 
+#include <cstdio>
 #include <QtCore/QString>
 #include <QtGui/QPainterPath>
 #include <QtGui/QTransform>
@@ -32,7 +33,9 @@ const double Inf = std::numeric_limits<double>::infinity();
 
 std::string hex(const koPoint &p)
 {
-    return QString::asprintf("koPoint(%a, %a)", p.x, p.y).toStdString();
+    char buffer[128];
+    std::snprintf(buffer, sizeof buffer, "koPoint(%a, %a)", p.x, p.y);
+    return buffer;
 }
 
 koPoint pointAt(koPath *path, int i)
@@ -100,11 +103,12 @@ struct SvgArc
     // The inputs as hex floats, ready to paste into a regression test.
     std::string describe() const
     {
-        return QString::asprintf("from (%a, %a) to (%a, %a) radii (%a, %a) rotation %a "
-                                 "clockwise %d large %d",
-                                 from.x, from.y, to.x, to.y, radii.width, radii.height, phi, sweep,
-                                 large)
-                .toStdString();
+        char buffer[512];
+        std::snprintf(buffer, sizeof buffer,
+                      "from (%a, %a) to (%a, %a) radii (%a, %a) rotation %a clockwise %d large %d",
+                      from.x, from.y, to.x, to.y, radii.width, radii.height, phi, int(sweep),
+                      int(large));
+        return buffer;
     }
     // The point in the unit-circle frame of the ellipse.
     koPoint unit(const koPoint &p) const

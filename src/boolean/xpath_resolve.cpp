@@ -1,0 +1,284 @@
+// Resolution of a compound path's crossings with itself into simple contours.
+
+#include "path/xpath.h"
+
+#include "boolean/koboundopt.h"
+#include "boolean/kostyle.h"
+#include "curve/kocurvelocation.h"
+#include "geometry/kotolerance.h"
+#include "path/kocurve.h"
+#include "path/kopath.h"
+#include "path/kosegment.h"
+
+#include <QtCore/QSet>
+#include <QtCore/QtNumeric>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+// Keeps path-model objects alive while resolution edits the paths under the
+// locations' plain pointers; everything is released on destruction.
+class Keeper
+{
+public:
+    Keeper() = default;
+    ~Keeper()
+    {
+        for (koCurve *curve : qAsConst(m_curves))
+            curve->release();
+        for (koSegment *segment : qAsConst(m_segments))
+            segment->release();
+    }
+    void keep(koCurve *curve)
+    {
+        if (curve && !m_curveSet.contains(curve)) {
+            m_curveSet.insert(curve);
+            curve->addRef();
+            m_curves.append(curve);
+        }
+    }
+    void keep(koSegment *segment)
+    {
+        if (segment && !m_segmentSet.contains(segment)) {
+            m_segmentSet.insert(segment);
+            segment->addRef();
+            m_segments.append(segment);
+        }
+    }
+    // Every curve and segment a location may still point to.
+    void keep(koCurveLocation *location)
+    {
+        keep(location->curve);
+        keep(location->segment);
+        keep(location->segment1);
+        keep(location->segment2);
+    }
+
+private:
+    QList<koCurve *> m_curves;
+    QList<koSegment *> m_segments;
+    QSet<koCurve *> m_curveSet;
+    QSet<koSegment *> m_segmentSet;
+    Q_DISABLE_COPY(Keeper)
+};
+
+// The segment meets an overlap that runs back along its own path.
+bool hasSelfOverlap(const koSegment *segment, const koPath *path)
+{
+    const koCurveLocation *inter = segment ? segment->intersection() : nullptr;
+    return inter && inter->overlap && inter->path == path;
+}
+
+// Locations do not follow edits of their path by themselves (its version is
+// never bumped): find the curve and time of \a location again from its point,
+// walking from its stored curve over the pieces the curve was divided into.
+void relocate(koCurveLocation *location)
+{
+    koCurve *curve = location->curve;
+    if (!curve || !curve->path())
+        return;
+    const int limit = curve->path()->getCurves().size();
+    for (int i = 0; curve && i <= limit; ++i) {
+        const double t = curve->getTimeOf(location->point);
+        if (t != koTolerance::NoTime) {
+            location->setCurve(curve);
+            location->time = t;
+            location->offset = -1;
+            return;
+        }
+        if (curve->segment2() == location->segment2)
+            break;
+        curve = curve->getNext();
+    }
+    // Not on any piece: lost unless its segments lead to it (getCurve()).
+    location->curve = nullptr;
+    location->time = koTolerance::NoTime;
+    location->offset = -1;
+}
+
+// Both curves of a crossing are still part of a path.
+bool bothInPaths(koCurveLocation *location)
+{
+    koCurve *c1 = location->getCurve();
+    koCurve *c2 = location->intersection ? location->intersection->getCurve() : nullptr;
+    return c1 && c2 && c1->path() && c2->path();
+}
+
+// A location still usable by the tracer: it sits on a segment of a path.
+bool isAttached(const koCurveLocation *location)
+{
+    return location && location->segment && location->segment->path;
+}
+
+// Removes the segments strictly inside overlaps with which a path runs back
+// along itself (a spike of zero area), and the zero-length curve this leaves.
+void removeSelfOverlaps(const QList<koCurveLocation *> &overlaps, Keeper &keeper)
+{
+    for (int i = overlaps.size() - 1; i >= 0; --i) {
+        koSegment *segment = overlaps.at(i)->segment;
+        koPath *path = segment ? segment->path : nullptr;
+        if (!path || path->segments.size() < 3)
+            continue;
+        koSegment *prev = segment->getPrevious();
+        koSegment *next = segment->getNext();
+        if (!prev || !next || prev == segment || next == segment || !hasSelfOverlap(prev, path)
+            || !hasSelfOverlap(next, path)) {
+            continue;
+        }
+        keeper.keep(segment);
+        keeper.keep(segment->getCurve());
+        keeper.keep(prev->getCurve());
+        segment->remove();
+        prev->setHandleOut(koPoint());
+        next->setHandleIn(koPoint());
+        koCurve *rest = prev->getCurve();
+        if (prev != next && prev->path && path->segments.size() > 1 && rest && rest->isStraight()
+            && prev->point.isClose(next->point, koTolerance::Epsilon)) {
+            keeper.keep(prev);
+            keeper.keep(rest);
+            next->setHandleIn(prev->handleIn);
+            prev->remove();
+        }
+    }
+}
+
+// Cuts the tracer's links to locations that lost their segment: segments
+// pointing at them forget them, and they leave their chains.
+void dropDetached(const QVector<koPath *> &children, const QList<koCurveLocation *> &locations)
+{
+    for (koPath *child : children) {
+        for (koSegment *segment : child->getSegments()) {
+            if (segment->intersection() && !isAttached(segment->intersection()))
+                segment->setIntersection(nullptr);
+        }
+    }
+    for (koCurveLocation *location : locations) {
+        if (isAttached(location))
+            continue;
+        if (location->previous)
+            location->previous->next = location->next;
+        if (location->next)
+            location->next->previous = location->previous;
+        location->previous = location->next = nullptr;
+    }
+}
+
+// Sorts closed contours by the area of their boxes, largest first, and
+// orients them by nesting: a contour inside another runs against its nearest
+// container, one inside none runs like the largest contour.
+QVector<koPath *> orientByNesting(const QVector<koPath *> &paths)
+{
+    QVector<koPath *> closed;
+    QVector<koPath *> open;
+    for (koPath *path : paths)
+        (path->isClosed() ? closed : open).append(path);
+    if (closed.size() > 1) {
+        QVector<QPair<double, koPath *>> keyed;
+        keyed.reserve(closed.size());
+        for (koPath *path : qAsConst(closed)) {
+            const double area = path->getBounds(koBoundOpt(), koStyle(), nullptr).getArea();
+            keyed.append(qMakePair(qIsNaN(area) ? -1.0 : area, path));
+        }
+        std::stable_sort(keyed.begin(), keyed.end(),
+                         [](const QPair<double, koPath *> &a, const QPair<double, koPath *> &b) {
+                             return a.first > b.first;
+                         });
+        // The mark of a contour is +1 clockwise, -1 otherwise; once settled
+        // it is the orientation the contour is given.
+        QVector<int> marks(keyed.size());
+        for (int i = 0; i < keyed.size(); ++i) {
+            closed[i] = keyed.at(i).second;
+            marks[i] = closed.at(i)->isClockwise() ? 1 : -1;
+        }
+        for (int i = 1; i < closed.size(); ++i) {
+            koPath *path = closed.at(i);
+            const koPoint inside = path->getInteriorPoint(false);
+            int mark = marks.first();
+            for (int j = i - 1; j >= 0; --j) {
+                if (closed.at(j)->contains(inside, koStyle())) {
+                    mark = -marks.at(j);
+                    break;
+                }
+            }
+            marks[i] = mark;
+        }
+        for (int i = 0; i < closed.size(); ++i)
+            closed.at(i)->setClockwise(marks.at(i) > 0);
+    }
+    return closed + open;
+}
+
+} // namespace
+
+void XPath::resolveCrossings()
+{
+    // Links and marks left by an earlier division or trace would lead the
+    // tracer astray.
+    for (koPath *child : qAsConst(children)) {
+        for (koSegment *segment : child->getSegments()) {
+            segment->setIntersection(nullptr);
+            segment->visited = false;
+        }
+    }
+    // Crossings and overlaps only: where the path merely touches itself there
+    // is nothing to resolve.
+    QList<koCurveLocation *> locations = koCurveLocation::expand(getCrossings(this));
+    bool hasOverlaps = false;
+    bool hasCrossings = false;
+    for (koCurveLocation *location : qAsConst(locations))
+        (location->overlap ? hasOverlaps : hasCrossings) = true;
+
+    QVector<koPath *> contours = children;
+    {
+        Keeper keeper;
+        if (hasOverlaps) {
+            const QList<koCurveLocation *> overlaps = divideLocations(locations, 1);
+            for (koCurveLocation *location : qAsConst(locations))
+                keeper.keep(location);
+            removeSelfOverlaps(overlaps, keeper);
+        }
+        if (hasCrossings) {
+            QList<koCurveLocation *> remaining;
+            if (hasOverlaps) {
+                // The overlap division and removal moved the crossings onto
+                // other curves; mode 2 drops the links of those whose curves
+                // were removed, and the rest are divided as usual.
+                for (koCurveLocation *location : qAsConst(locations)) {
+                    if (!location->overlap)
+                        relocate(location);
+                }
+                for (koCurveLocation *location : qAsConst(locations)) {
+                    if (!location->overlap && bothInPaths(location))
+                        remaining.append(location);
+                }
+                divideLocations(locations, 2);
+                for (koCurveLocation *location : qAsConst(remaining))
+                    relocate(location);
+            } else {
+                remaining = locations;
+            }
+            divideLocations(remaining, 0);
+        }
+        if (hasOverlaps)
+            dropDetached(children, locations);
+
+        if (hasOverlaps || hasCrossings) {
+            QList<koSegment *> segments;
+            for (koPath *child : qAsConst(children))
+                segments.append(child->getSegments());
+            contours = tracePaths(segments, OpNone);
+        }
+
+        // Every contour must hold a reference while it is examined and
+        // adopted: traced contours come fresh (count 0) from the tracer.
+        for (koPath *contour : qAsConst(contours))
+            contour->addRef();
+        const QVector<koPath *> ordered = orientByNesting(contours);
+        setChildren(ordered);
+        for (koPath *contour : qAsConst(contours))
+            contour->release();
+    }
+    releaseLocations(locations, false);
+}

@@ -1,0 +1,256 @@
+// Degenerate and edge cases of the boolean operations, checked against
+// QPainterPath's own booleans and closed-form areas.
+
+#include "path/pathtesthelpers.h"
+#include "path/xpath.h"
+
+#include "boolean/kostyle.h"
+
+#include <QtCore/QtNumeric>
+#include <QtCore/QStringList>
+#include <QtGui/QPainterPath>
+
+#include <cmath>
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+using Result = std::unique_ptr<XPath>;
+
+// The same geometry as a compound path, one child per subpath, each closed
+// on its first point when it returns there; oriented by the child rule.
+XPath *toXPath(const QPainterPath &qp)
+{
+    XPath *x = new XPath;
+    for (int i = 0; i < qp.elementCount(); ++i) {
+        const QPainterPath::Element e = qp.elementAt(i);
+        if (e.isMoveTo())
+            x->addChild(new koPath);
+        if (e.isCurveTo())
+            x->getLastChild()->cubicCurveTo(koPoint(e), koPoint(qp.elementAt(i + 1)),
+                                            koPoint(qp.elementAt(i + 2)));
+        else if (e.isMoveTo() || e.isLineTo())
+            x->getLastChild()->lineTo(e.x, e.y);
+    }
+    for (koPath *p : x->children)
+        p->join(nullptr, 0);
+    x->setChildren(x->children);
+    return x;
+}
+
+QPainterPath poly(const QVector<QPointF> &points)
+{
+    QPainterPath p;
+    p.addPolygon(QPolygonF(points));
+    p.closeSubpath();
+    return p;
+}
+const auto rect = [](double x, double y, double w, double h) {
+    return poly(QPolygonF(QRectF(x, y, w, h)));
+};
+const auto circle = [](double r, double cx) {
+    QPainterPath p;
+    p.addEllipse({cx, 0}, r, r);
+    return p;
+};
+
+std::string hx(const koPoint &p)
+{
+    char text[96];
+    std::snprintf(text, sizeof text, "koPoint(%a, %a)", p.x, p.y);
+    return text;
+}
+
+// The children's points, "|" between children, "z" after a closed one.
+QString describe(const XPath *x)
+{
+    QStringList children;
+    for (koPath *child : x->children) {
+        QString text;
+        for (koSegment *s : child->segments)
+            text += QStringLiteral("(%1,%2)")
+                            .arg(qRound64(s->point.x * 1e6) / 1e6)
+                            .arg(qRound64(s->point.y * 1e6) / 1e6);
+        children << text + (child->closed ? QStringLiteral("z") : QString());
+    }
+    return children.join(QLatin1Char('|'));
+}
+
+double signedArea(const XPath *x)
+{
+    double sum = 0;
+    for (koPath *child : x->children)
+        sum += child->getArea(true, false);
+    return sum;
+}
+
+const int Ops[4] = {XPath::OpUnite, XPath::OpIntersect, XPath::OpSubtract, XPath::OpExclude};
+const double LensArea = 200 * std::acos(0.4) - 4 * std::sqrt(336.0); // r = 10, d = 8
+
+struct Case
+{
+    const char *name;
+    QPainterPath a, b;
+    double areaA, areaB, areaI; // closed-form areas of A, B and A within B
+    int children[4];            // per operation of Ops; -1: not pinned
+    friend std::ostream &operator<<(std::ostream &os, const Case &c) { return os << c.name; }
+};
+
+// clang-format off
+const Case Cases[] = {
+    {"DisjointSquares", rect(0, 0, 10, 10), rect(20, 0, 10, 10), 100, 100, 0, {2, 0, 1, 2}},
+    {"IdenticalSquares", rect(0, 0, 10, 10), rect(0, 0, 10, 10), 100, 100, 100, {1, 1, 0, 0}},
+    {"OverlappingSquares", rect(0, 0, 10, 10), rect(5, 5, 10, 10), 100, 100, 25, {1, 1, 1, 2}},
+    {"RhombusInSquare", rect(0, 0, 20, 20), poly({{10, 2}, {18, 10}, {10, 18}, {2, 10}}),
+     400, 128, 128, {1, 1, 2, 2}},
+    {"SharedEdge", rect(0, 0, 10, 10), rect(10, 0, 10, 10), 100, 100, 0, {1, 0, 1, -1}},
+    {"SharedVertex", rect(0, 0, 10, 10), rect(10, 10, 10, 10), 100, 100, 0, {2, 0, 1, 2}},
+    {"EmptyOperand", rect(0, 0, 10, 10), QPainterPath(), 100, 0, 0, {1, 0, 1, 1}},
+    {"ZeroLengthSegments", poly({{0, 0}, {10, 0}, {10, 0}, {10, 10}, {0, 10}}),
+     rect(5, -5, 10, 10), 100, 100, 25, {1, 1, 1, 2}},
+    {"CirclesKeepCurves", circle(10, 0), circle(10, 8), M_PI * 100, M_PI * 100, LensArea,
+     {1, 1, 1, 2}},
+};
+// clang-format on
+
+using BooleanEdges = testing::TestWithParam<Case>;
+
+// Per operation: the number of children, the signed area (holes count
+// negative) and, at grid points clear of both outlines, containment under
+// both fill rules as QPainterPath's booleans give it. Operands stay as they
+// were.
+TEST_P(BooleanEdges, MatchesPainterPath)
+{
+    const Case &c = GetParam();
+    Result a(toXPath(c.a)), b(toXPath(c.b)), aBefore(a->clone()), bBefore(b->clone());
+    const QPainterPath oracles[4] = {c.a.united(c.b), c.a.intersected(c.b), c.a.subtracted(c.b),
+                                     c.a.united(c.b).subtracted(c.a.intersected(c.b))};
+    const double areaU = c.areaA + c.areaB - c.areaI;
+    const double areas[4] = {areaU, c.areaI, c.areaA - c.areaI, areaU - c.areaI};
+    const QRectF box = c.a.boundingRect().united(c.b.boundingRect()).adjusted(-2, -2, 2, 2);
+    koStyle nonZero, evenOdd;
+    evenOdd.evenOdd = true;
+    for (int k = 0; k < 4; ++k) {
+        SCOPED_TRACE(k);
+        Result r(XPath::computeBoolean(a.get(), b.get(), Ops[k]));
+        ASSERT_TRUE(r);
+        EXPECT_TRUE(c.children[k] < 0 || r->children.size() == c.children[k]) << r->children.size();
+        EXPECT_NEAR(signedArea(r.get()), areas[k], 2e-3 * (1 + areas[k]));
+        for (koPath *child : r->children)
+            EXPECT_EQ(child->hasHandles(), c.a.elementAt(1).isCurveTo());
+        for (double y = box.top() + 0.37; y < box.bottom(); y += box.height() / 23) {
+            for (double x = box.left() + 0.29; x < box.right(); x += box.width() / 23) {
+                const QPointF q(x, y);
+                bool clear = true;
+                for (const QPointF &d : {QPointF(0.3, 0), {-0.3, 0}, {0, 0.3}, {0, -0.3}})
+                    clear = clear && c.a.contains(q + d) == c.a.contains(q)
+                            && c.b.contains(q + d) == c.b.contains(q);
+                const bool want = oracles[k].contains(q);
+                EXPECT_TRUE(!clear
+                            || (r->contains(koPoint(q), nonZero) == want
+                                && r->contains(koPoint(q), evenOdd) == want))
+                        << hx(koPoint(q)) << " expected inside: " << want;
+            }
+        }
+    }
+    for (auto [now, before] : {std::pair{a.get(), aBefore.get()}, {b.get(), bBefore.get()}}) {
+        ASSERT_EQ(now->children.size(), before->children.size());
+        for (int i = 0; i < now->children.size(); ++i)
+            EXPECT_TRUE(koSegment::segsEquals(now->children.at(i)->segments,
+                                              before->children.at(i)->segments));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, BooleanEdges, testing::ValuesIn(Cases),
+                         testing::PrintToStringParamName());
+
+TEST(BooleanDriver, DivideReturnsSubtractionThenIntersection)
+{
+    Result a(toXPath(rect(0, 0, 10, 10))), b(toXPath(rect(5, 5, 10, 10)));
+    const QList<XPath *> parts = a->divide(b.get());
+    ASSERT_EQ(parts.size(), 2);
+    EXPECT_NEAR(signedArea(parts.at(0)), 75, 1e-9);
+    EXPECT_NEAR(signedArea(parts.at(1)), 25, 1e-9);
+    qDeleteAll(parts);
+}
+
+XPath *openPath(const QVector<koPoint> &points)
+{
+    XPath *x = new XPath;
+    x->addChild(new koPath);
+    for (const koPoint &p : points)
+        x->getFirstChild()->lineTo(p.x, p.y);
+    return x;
+}
+
+// Subtract keeps the outside pieces, intersect the inside ones, each an open
+// path of its own, in order along the line; the second line crosses twice
+// within one curve.
+TEST(BooleanDriver, OpenLineMinusSquare)
+{
+    const struct
+    {
+        QVector<koPoint> line;
+        const char *subtracted, *intersected;
+    } lines[] = {{{{-10, 5}, {5, 5}, {5, 20}}, "(-10,5)(0,5)|(5,10)(5,20)", "(0,5)(5,5)(5,10)"},
+                 {{{-10, 5}, {20, 5}}, "(-10,5)(0,5)|(10,5)(20,5)", "(0,5)(10,5)"}};
+    Result square(toXPath(rect(0, 0, 10, 10)));
+    for (const auto &l : lines) {
+        Result open(openPath(l.line)), outside(open->subtract(square.get())),
+                inside(open->intersect(square.get()));
+        ASSERT_TRUE(outside && inside);
+        EXPECT_EQ(describe(outside.get()), QLatin1String(l.subtracted));
+        EXPECT_EQ(describe(inside.get()), QLatin1String(l.intersected));
+        EXPECT_EQ(open->children.first()->segments.size(), l.line.size());
+    }
+}
+
+// Unite and exclude are not defined on an open path, nor is any operation
+// with an open path or nothing as second operand.
+TEST(BooleanDriver, OpenLineUniteIsNull)
+{
+    Result open(openPath({{-10, 5}, {20, 5}})), square(toXPath(rect(0, 0, 10, 10)));
+    EXPECT_EQ(open->unite(square.get()), nullptr);
+    EXPECT_EQ(open->exclude(square.get()), nullptr);
+    EXPECT_EQ(open->intersect(open.get()), nullptr);
+    EXPECT_EQ(open->subtract(nullptr), nullptr);
+}
+
+// Null, empty and NaN operands neither crash nor hang.
+TEST(BooleanDriver, TotalOnBadInput)
+{
+    Result square(toXPath(rect(0, 0, 10, 10))), empty(new XPath),
+            nan(toXPath(poly({{0, 0}, {qQNaN(), 3}, {4, 4}})));
+    EXPECT_EQ(XPath::computeBoolean(nullptr, square.get(), XPath::OpUnite), nullptr);
+    for (int op : Ops)
+        for (XPath *path : {square.get(), nan.get(), empty.get()})
+            for (XPath *other : {path, empty.get(), nan.get(), square.get()})
+                delete XPath::computeBoolean(path, other == path ? nullptr : other, op);
+}
+
+// A straight zero-area contour of up to eight segments is dropped, a longer
+// one kept. The end of an open path joins its start and leaves the pending
+// handle (the last segment's handle in) on the first point.
+TEST(BooleanTrace, ZeroAreaTriangleDropped)
+{
+    for (int n : {3, 8, 9, -3}) {
+        koRef<koPath> path(n > 0 ? new koPath(nullptr, true)
+                                 : polygonPath({{0, 0}, {10, 0}, {10, 10}}, false));
+        for (int i = 0; i < n; ++i)
+            path->addSegment(new koSegment(i % 2 ? 10 - i : i, 0));
+        const koPoint handle = n > 0 ? koPoint(0, 0) : koPoint(1, -2);
+        path->getLastSegment()->setHandleIn(handle);
+        for (koSegment *s : path->segments)
+            s->winding = 1;
+        const QVector<koPath *> traced = XPath::tracePaths(path->segments, XPath::OpUnite);
+        EXPECT_EQ(traced.size(), n == 3 || n == 8 ? 0 : 1) << n;
+        for (koPath *contour : traced) {
+            EXPECT_TRUE(contour->closed);
+            EXPECT_EQ(contour->getFirstSegment()->handleIn, handle);
+            contour->release();
+        }
+    }
+}
+
+} // namespace
