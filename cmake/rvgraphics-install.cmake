@@ -19,7 +19,10 @@ install(TARGETS rvgraphics
 # Headers keep their place below src/: src/geometry/kopoint.h becomes
 # include/rvgraphics/geometry/kopoint.h, src/rvgraphics.h becomes
 # include/rvgraphics/rvgraphics.h. Only folders that hold headers are created.
-foreach(_header ${RVGRAPHICS_HEADERS})
+# Private headers (*_p.h) hold internal kernels and are not installed.
+set(_public_headers ${RVGRAPHICS_HEADERS})
+list(FILTER _public_headers EXCLUDE REGEX "_p\\.h$")
+foreach(_header ${_public_headers})
   file(RELATIVE_PATH _relative "${PROJECT_SOURCE_DIR}/src" "${_header}")
   get_filename_component(_subdir "${_relative}" DIRECTORY)
   install(FILES "${_header}"

@@ -40,7 +40,12 @@ QString svgData(const XPath *shape)
             const koPoint h1 = prev->point + prev->handleOut;
             const koPoint h2 = s->point + s->handleIn;
             d += QStringLiteral("C%1 %2 %3 %4 %5 %6 ")
-                         .arg(h1.x).arg(h1.y).arg(h2.x).arg(h2.y).arg(s->point.x).arg(s->point.y);
+                         .arg(h1.x)
+                         .arg(h1.y)
+                         .arg(h2.x)
+                         .arg(h2.y)
+                         .arg(s->point.x)
+                         .arg(s->point.y);
         }
         if (child->isClosed())
             d += QStringLiteral("Z ");

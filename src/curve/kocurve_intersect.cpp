@@ -1,6 +1,7 @@
 #include "path/kocurve.h"
 
 #include "curve/kocurvelocation.h"
+#include "curve/kocurvemath_p.h"
 #include "curve/koopparam.h"
 #include "geometry/koline.h"
 #include "geometry/konumeric.h"
@@ -60,17 +61,8 @@ bool allFinite(const QVector<double> &v)
 // de Casteljau split at t, with the same arithmetic as koCurve::subdivide.
 void subdivide(const Values &v, double t, Values &left, Values &right)
 {
-    const double u = 1 - t;
-    const double p3x = u * v[0] + t * v[2], p3y = u * v[1] + t * v[3];
-    const double p4x = u * v[2] + t * v[4], p4y = u * v[3] + t * v[5];
-    const double p5x = u * v[4] + t * v[6], p5y = u * v[5] + t * v[7];
-    const double p6x = u * p3x + t * p4x, p6y = u * p3y + t * p4y;
-    const double p7x = u * p4x + t * p5x, p7y = u * p4y + t * p5y;
-    const double p8x = u * p6x + t * p7x, p8y = u * p6y + t * p7y;
-    const Values a = {{v[0], v[1], p3x, p3y, p6x, p6y, p8x, p8y}};
-    const Values b = {{p8x, p8y, p7x, p7y, p5x, p5y, v[6], v[7]}};
-    left = a;
-    right = b;
+    // The kernel reads every input before it writes, so the pieces may alias v.
+    koCurveMath::subdivideValues(v.v, t, left.v, right.v);
 }
 
 // The piece between two times, as koCurve::getPart.

@@ -1,5 +1,7 @@
 #include "path/kocurve.h"
 
+#include "curve/kocurvemath_p.h"
+#include "geometry/kogausslegendre_p.h"
 #include "geometry/konumeric.h"
 #include "geometry/kotolerance.h"
 
@@ -40,48 +42,6 @@ struct Speed
     }
 };
 
-// koNumeric::integrate without the std::function indirection: the same
-// nodes, weights and order of summation, so the results agree bit for bit.
-template<class F>
-inline double gaussLegendre(const F &f, double a, double b, int n)
-{
-    n = qBound(2, n, 16);
-    const int row = n - 2;
-    const int m = (n + 1) / 2;
-    const double A = (b - a) * 0.5;
-    const double B = A + a;
-    double sum = 0;
-    int i = 0;
-    if (n & 1) {
-        sum = koNumeric::weights[row][0] * f(B);
-        i = 1;
-    }
-    for (; i < m; ++i) {
-        const double x = A * koNumeric::abscissas[row][i];
-        sum += koNumeric::weights[row][i] * (f(B + x) + f(B - x));
-    }
-    return A * sum;
-}
-
-void subdivideValues(const double *v, double t, double *left, double *right)
-{
-    const double u = 1 - t;
-    const double p3x = u * v[0] + t * v[2], p3y = u * v[1] + t * v[3];
-    const double p4x = u * v[2] + t * v[4], p4y = u * v[3] + t * v[5];
-    const double p5x = u * v[4] + t * v[6], p5y = u * v[5] + t * v[7];
-    const double p6x = u * p3x + t * p4x, p6y = u * p3y + t * p4y;
-    const double p7x = u * p4x + t * p5x, p7y = u * p4y + t * p5y;
-    const double p8x = u * p6x + t * p7x, p8y = u * p6y + t * p7y;
-    if (left) {
-        const double l[8] = {v[0], v[1], p3x, p3y, p6x, p6y, p8x, p8y};
-        std::copy(l, l + 8, left);
-    }
-    if (right) {
-        const double r[8] = {p8x, p8y, p7x, p7y, p5x, p5y, v[6], v[7]};
-        std::copy(r, r + 8, right);
-    }
-}
-
 } // namespace
 
 double koCurve::getLength(const QVector<double> &v, double a, double b)
@@ -93,16 +53,16 @@ double koCurve::getLength(const QVector<double> &v, double a, double b)
         double w[8];
         std::copy(v.constData(), v.constData() + 8, w);
         if (b < 1) {
-            subdivideValues(w, b, w, nullptr);
+            koCurveMath::subdivideValues(w, b, w, nullptr);
             a /= b;
         }
         if (a > 0)
-            subdivideValues(w, a, nullptr, w);
+            koCurveMath::subdivideValues(w, a, nullptr, w);
         const double dx = w[6] - w[0];
         const double dy = w[7] - w[1];
         return std::sqrt(dx * dx + dy * dy);
     }
-    return gaussLegendre(Speed(v.constData()), a, b, getIterations(a, b));
+    return koQuadrature::gaussLegendre(Speed(v.constData()), a, b, getIterations(a, b));
 }
 
 std::function<double(double)> koCurve::_getLengthIntegrand(const QVector<double> &v)
@@ -150,7 +110,7 @@ double koCurve::getTimeAt(const QVector<double> &v, double offset, double start)
     double length = 0;
     double prev = start;
     const std::function<double(double)> f = [&](double t) {
-        length += gaussLegendre(speed, prev, t, getIterations(prev, t));
+        length += koQuadrature::gaussLegendre(speed, prev, t, getIterations(prev, t));
         prev = t;
         return length - offset;
     };

@@ -1,5 +1,6 @@
 #include "path/kocurve.h"
 
+#include "curve/kocurvemath_p.h"
 #include "geometry/koline.h"
 #include "geometry/konumeric.h"
 #include "geometry/kotolerance.h"
@@ -23,29 +24,6 @@ bool withinEpsilon(double v)
 QVector<double> nanValues()
 {
     return QVector<double>(8, qQNaN());
-}
-
-// De Casteljau on plain arrays: the piece before t into left, after t into
-// right (either may be null). Every interpolation is a * (1 - t) + b * t.
-void subdivideValues(const double *v, double t, double *left, double *right)
-{
-    const double u = 1 - t;
-    const double p1x = v[0], p1y = v[1], c1x = v[2], c1y = v[3];
-    const double c2x = v[4], c2y = v[5], p2x = v[6], p2y = v[7];
-    const double p3x = u * p1x + t * c1x, p3y = u * p1y + t * c1y;
-    const double p4x = u * c1x + t * c2x, p4y = u * c1y + t * c2y;
-    const double p5x = u * c2x + t * p2x, p5y = u * c2y + t * p2y;
-    const double p6x = u * p3x + t * p4x, p6y = u * p3y + t * p4y;
-    const double p7x = u * p4x + t * p5x, p7y = u * p4y + t * p5y;
-    const double p8x = u * p6x + t * p7x, p8y = u * p6y + t * p7y;
-    if (left) {
-        const double l[8] = {p1x, p1y, p3x, p3y, p6x, p6y, p8x, p8y};
-        std::copy(l, l + 8, left);
-    }
-    if (right) {
-        const double r[8] = {p8x, p8y, p7x, p7y, p5x, p5y, p2x, p2y};
-        std::copy(r, r + 8, right);
-    }
 }
 
 // The straightness test on coordinates: chord from (px, py) along (vx, vy),
@@ -95,7 +73,7 @@ QVector<QVector<double>> koCurve::subdivide(const QVector<double> &v, double t)
     if (v.size() < 8)
         return QVector<QVector<double>>{nanValues(), nanValues()};
     QVector<double> left(8), right(8);
-    subdivideValues(v.constData(), t, left.data(), right.data());
+    koCurveMath::subdivideValues(v.constData(), t, left.data(), right.data());
     return QVector<QVector<double>>{left, right};
 }
 
@@ -108,10 +86,10 @@ QVector<double> koCurve::getPart(const QVector<double> &v, double from, double t
     double w[8];
     std::copy(v.constData(), v.constData() + 8, w);
     if (lo > 0)
-        subdivideValues(w, lo, nullptr, w);
+        koCurveMath::subdivideValues(w, lo, nullptr, w);
     // The second split is in the time of the remaining piece.
     if (hi < 1)
-        subdivideValues(w, (hi - lo) / (1 - lo), w, nullptr);
+        koCurveMath::subdivideValues(w, (hi - lo) / (1 - lo), w, nullptr);
     if (from > to)
         return QVector<double>{w[6], w[7], w[4], w[5], w[2], w[3], w[0], w[1]};
     return QVector<double>{w[0], w[1], w[2], w[3], w[4], w[5], w[6], w[7]};
@@ -272,7 +250,7 @@ koCurve *koCurve::divideAtTime(double t, bool setHandles)
 
     const QVector<double> values = getValues();
     double left[8], right[8];
-    subdivideValues(values.constData(), t, left, right);
+    koCurveMath::subdivideValues(values.constData(), t, left, right);
 
     const bool withHandles = setHandles || hasHandles();
     if (withHandles) {

@@ -1,5 +1,6 @@
 #include "geometry/konumeric.h"
 
+#include "geometry/kogausslegendre_p.h"
 #include "geometry/kotolerance.h"
 
 #include <QtCore/QtGlobal>
@@ -378,22 +379,7 @@ double koNumeric::findRoot(const std::function<double(double)> &f,
 
 double koNumeric::integrate(const std::function<double(double)> &f, double a, double b, int n)
 {
-    n = qBound(2, n, 16);
-    const int row = n - 2;
-    const int m = (n + 1) / 2;
-    const double A = (b - a) * 0.5;
-    const double B = A + a;
-    double sum = 0;
-    int i = 0;
-    if (n & 1) {
-        sum = weights[row][0] * f(B);
-        i = 1;
-    }
-    for (; i < m; ++i) {
-        const double x = A * abscissas[row][i];
-        sum += weights[row][i] * (f(B + x) + f(B - x));
-    }
-    return A * sum;
+    return koQuadrature::gaussLegendre(f, a, b, n);
 }
 
 koPoint koNumeric::ellipsePoint(const koRect &rect, double angle)
