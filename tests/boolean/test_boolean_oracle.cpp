@@ -64,21 +64,10 @@ const Op Operations[] = {Op::Union, Op::Intersect, Op::Difference, Op::Xor, Op::
 // -> why the case fails.
 const QMap<QString, QString> &knownFailures()
 {
-    // Two squares meeting only at a corner have no crossing, so each square
-    // is kept or dropped whole by the winding at the middle of its length,
-    // and that sample point is the shared corner, on the other operand's
-    // outline, where it reads as inside: subtract drops A (shared-vertex)
-    // or keeps B (shared-vertex-2).
-    static const QString cornerSample = QStringLiteral(
-            "no crossings: the winding sample at half the contour's length is the shared corner");
-    static const QMap<QString, QString> known = {
-            {QStringLiteral("degenerate/shared-vertex/difference"), cornerSample},
-            {QStringLiteral("degenerate/shared-vertex/divide"), cornerSample},
-            {QStringLiteral("degenerate/shared-vertex/identities"), cornerSample},
-            {QStringLiteral("degenerate/shared-vertex-2/difference"), cornerSample},
-            {QStringLiteral("degenerate/shared-vertex-2/divide"), cornerSample},
-            {QStringLiteral("degenerate/shared-vertex-2/identities"), cornerSample},
-    };
+    // Empty at present. The two shared-corner pairs used to fail here: with
+    // no crossings each contour is judged at the middle of its length, which
+    // was the shared corner; the winding sample now moves off vertices.
+    static const QMap<QString, QString> known;
     return known;
 }
 

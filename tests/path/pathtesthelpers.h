@@ -11,8 +11,9 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <cstdio>
+#include <initializer_list>
+#include <random>
 #include <string>
 #include <utility>
 
@@ -87,6 +88,40 @@ inline koPath *circlePath(const koPoint &c, double r)
     for (int i = 0; i < 4; ++i)
         path->addSegment(new koSegment(pts[i], -out[i], out[i]));
     return path;
+}
+
+// Random segments with points in [lo, hi)^2 and, if curved, handle
+// coordinates within +-handle.
+inline koPath *randomPath(std::mt19937 &rng, bool curved, bool closed, int n, double lo = 0,
+                          double hi = 100, double handle = 30)
+{
+    std::uniform_real_distribution<double> pos(lo, hi), h(curved ? -handle : 0, curved ? handle : 0);
+    koPath *path = new koPath(nullptr, closed);
+    for (int i = 0; i < n; ++i) {
+        path->addSegment(new koSegment(koPoint(pos(rng), pos(rng)), koPoint(h(rng), h(rng)),
+                                       koPoint(h(rng), h(rng))));
+    }
+    return path;
+}
+
+inline QVector<koPoint> pointsOf(const koPath *path)
+{
+    QVector<koPoint> points;
+    for (const koSegment *s : path->segments)
+        points.append(s->point);
+    return points;
+}
+
+// The segments as hex-float literals, to paste a failing case into a test.
+inline std::string describe(const koPath *path)
+{
+    std::string text = path->closed ? "closed:" : "open:";
+    for (const koSegment *s : path->segments) {
+        text += " {" + hex(s->point.x) + ", " + hex(s->point.y) + ", " + hex(s->handleIn.x) + ", "
+                + hex(s->handleIn.y) + ", " + hex(s->handleOut.x) + ", " + hex(s->handleOut.y)
+                + "}";
+    }
+    return text;
 }
 
 // The structural invariants of a path: segment indices match positions,

@@ -1,29 +1,17 @@
 // Drawing-command construction of koPath: moves, lines, cubics, quadratics,
 // elliptical arcs, ellipses and closing.
 
+#include "pathtesthelpers.h"
+
 #include "geometry/korect.h"
 #include "geometry/kosize.h"
-#include "path/kocurve.h"
-#include "path/kopath.h"
-#include "path/koref.h"
-#include "path/kosegment.h"
 
-#include <cstdio>
-#include <QtCore/QString>
 #include <QtGui/QPainterPath>
 #include <QtGui/QTransform>
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <random>
-
-// Found by argument-dependent lookup, so it lives beside koPoint.
-[[maybe_unused]] static void PrintTo(const koPoint &p, std::ostream *os)
-{
-    *os << QString::asprintf("(%.17g, %.17g)", p.x, p.y).toStdString();
-}
 
 namespace {
 
@@ -31,16 +19,17 @@ const double Pi = 3.141592653589793;
 const double Nan = std::numeric_limits<double>::quiet_NaN();
 const double Inf = std::numeric_limits<double>::infinity();
 
-std::string hex(const koPoint &p)
-{
-    char buffer[128];
-    std::snprintf(buffer, sizeof buffer, "koPoint(%a, %a)", p.x, p.y);
-    return buffer;
-}
-
 koPoint pointAt(koPath *path, int i)
 {
     return path->segments.at(i)->point;
+}
+
+// A new path whose current point is p.
+koRef<koPath> startAt(const koPoint &p)
+{
+    koRef<koPath> path(new koPath);
+    path->moveToPt(p);
+    return path;
 }
 
 // Bernstein form of the cubic from segment k to k + 1.
@@ -140,8 +129,7 @@ std::vector<SvgArc> randomArcs(int n)
 
 koRef<koPath> arcPath(const SvgArc &a)
 {
-    koRef<koPath> path(new koPath);
-    path->moveToPt(a.from);
+    koRef<koPath> path = startAt(a.from);
     path->arcTo(a.to, a.radii, a.phi, a.sweep, a.large);
     return path;
 }
@@ -156,24 +144,10 @@ double middleRadius(double theta)
 
 } // namespace
 
-TEST(PathMoveLine, MoveToReplacesLoneSegmentOnly)
+TEST(PathMoveLine, MovesLinesAndRelativeForms)
 {
     koRef<koPath> path(new koPath);
-    path->moveTo(1, 2);
-    path->moveToPt(koPoint(3, 4));
-    ASSERT_EQ(path->segments.size(), 1);
-    EXPECT_EQ(pointAt(path.get(), 0), koPoint(3, 4));
-    path->lineTo(5, 6);
-    path->lineToPt(koPoint(7, 8));
-    path->moveTo(9, 9); // a drawn contour is kept: no second contour
-    ASSERT_EQ(path->segments.size(), 3);
-    EXPECT_EQ(pointAt(path.get(), 0), koPoint(3, 4));
-    EXPECT_EQ(pointAt(path.get(), 2), koPoint(7, 8));
-}
-
-TEST(PathMoveLine, LineToStartsAnEmptyPathCubicToDoesNot)
-{
-    koRef<koPath> path(new koPath);
+    // Without a current point only lineTo starts a path.
     path->cubicCurveTo(koPoint(1, 1), koPoint(2, 2), koPoint(3, 3));
     path->cubicCurveBy(koPoint(1, 1), koPoint(2, 2), koPoint(3, 3));
     path->quadraticCurveTo(koPoint(1, 1), koPoint(3, 3));
@@ -182,15 +156,10 @@ TEST(PathMoveLine, LineToStartsAnEmptyPathCubicToDoesNot)
     path->arcTo(koPoint(1, 1), koSize(1, 1), 0, true, false);
     path->arcBy(koPoint(1, 1), koSize(1, 1), 0, true, false);
     EXPECT_TRUE(path->isEmpty());
-    path->lineTo(1, 1);
+    path->lineTo(1, 2);
+    path->moveTo(10, 20); // replaces the lone segment
     ASSERT_EQ(path->segments.size(), 1);
-    EXPECT_EQ(pointAt(path.get(), 0), koPoint(1, 1));
-}
-
-TEST(PathMoveLine, RelativeFormsAddTheCurrentPoint)
-{
-    koRef<koPath> path(new koPath);
-    path->moveTo(10, 20);
+    EXPECT_EQ(pointAt(path.get(), 0), koPoint(10, 20));
     path->lineBy(koPoint(1, 2));
     EXPECT_EQ(pointAt(path.get(), 1), koPoint(11, 22));
     path->cubicCurveBy(koPoint(1, 0), koPoint(2, 1), koPoint(3, 3));
@@ -200,17 +169,19 @@ TEST(PathMoveLine, RelativeFormsAddTheCurrentPoint)
     EXPECT_EQ(s2->handleIn, koPoint(-1, -2));
     EXPECT_EQ(s2->handleOut, koPoint(0, 0));
     path->arcBy(koPoint(10, 0), koSize(0, 0), 0, false, false);
+    path->lineToPt(koPoint(7, 8));
+    path->moveTo(9, 9); // a drawn contour is kept: no second contour
+    ASSERT_EQ(path->segments.size(), 5);
+    EXPECT_EQ(pointAt(path.get(), 0), koPoint(10, 20));
     EXPECT_EQ(pointAt(path.get(), 3), koPoint(24, 25));
+    EXPECT_EQ(pointAt(path.get(), 4), koPoint(7, 8));
 }
 
 TEST(PathQuadratic, EqualsDegreeElevation)
 {
     const koPoint c(3, -7), h(40, 25), to(-12, 9);
-    koRef<koPath> path(new koPath);
-    path->moveToPt(c);
+    koRef<koPath> path = startAt(c), relative = startAt(c);
     path->quadraticCurveTo(h, to);
-    koRef<koPath> relative(new koPath);
-    relative->moveToPt(c);
     relative->quadraticCurveBy(h - c, to - c);
     ASSERT_EQ(path->segments.size(), 2);
     for (double t = 0; t <= 1; t += 0.125) {
@@ -221,56 +192,37 @@ TEST(PathQuadratic, EqualsDegreeElevation)
     }
 }
 
-TEST(PathArcTo, ZeroRadiusDrawsALine)
-{
-    koRef<koPath> path(new koPath);
-    path->moveTo(0, 0);
-    path->arcTo(koPoint(10, 5), koSize(1e-13, 20), 30, true, true);
-    ASSERT_EQ(path->segments.size(), 2);
-    EXPECT_FALSE(path->segments.at(0)->hasHandles());
-    EXPECT_FALSE(path->segments.at(1)->hasHandles());
-    EXPECT_EQ(pointAt(path.get(), 1), koPoint(10, 5));
-}
-
-TEST(PathArcTo, TooSmallRadiiGrowToAHalfEllipse)
-{
-    for (bool clockwise : {false, true}) {
-        koRef<koPath> path(new koPath);
-        path->moveTo(0, 0);
-        path->arcTo(koPoint(10, 0), koSize(1, 1), 0, clockwise, false);
-        ASSERT_EQ(path->segments.size(), 3); // two quarter pieces
-        const koPoint apex = pointAt(path.get(), 1);
-        // Clockwise on a y-down screen passes above the chord.
-        EXPECT_NEAR(apex.x, 5, 1e-12);
-        EXPECT_NEAR(apex.y, clockwise ? -5 : 5, 1e-12);
-    }
-}
-
 TEST(PathArcTo, PieceCountFollowsTheExtent)
 {
-    // Quarter circles of radius 10 from (0, 0) to (10, 10): 90 or 270 degrees.
+    // From (0, 0): quarter circles of radius 10 to (10, 10) turn 90 or 270
+    // degrees; no tolerance, so a hair over a quarter turn takes two pieces.
+    // A numerically zero radius draws a line; radii too small grow to a half
+    // ellipse whose apex is above the chord when clockwise (y down).
     struct Case
     {
         koPoint to;
-        bool large;
+        koSize radii;
+        bool clockwise, large;
         int pieces;
+        koPoint apex; // segment 1 when there are two pieces
     };
-    const Case cases[] = {{koPoint(10, 10), false, 1},
-                          {koPoint(20, 0), false, 2},
-                          {koPoint(10, 10), true, 3},
-                          {koPoint(-1e-3, 1e-3), true, 4}}; // nearly a full turn
+    const Case cases[] = {{koPoint(10, 10), koSize(10, 10), true, false, 1, {}},
+                          {koPoint(20, 0), koSize(10, 10), true, false, 2, koPoint(10, -10)},
+                          {koPoint(10, 10), koSize(10, 10), true, true, 3, {}},
+                          {koPoint(-1e-3, 1e-3), koSize(10, 10), true, true, 4, {}},
+                          {koPoint(10, 10 - 1e-9), koSize(10, 10), true, false, 1, {}},
+                          {koPoint(10, 10 + 1e-9), koSize(10, 10), true, false, 2, {}},
+                          {koPoint(10, 5), koSize(1e-13, 20), true, true, 1, {}},
+                          {koPoint(10, 0), koSize(1, 1), true, false, 2, koPoint(5, -5)},
+                          {koPoint(10, 0), koSize(1, 1), false, false, 2, koPoint(5, 5)}};
     for (const Case &c : cases) {
-        koRef<koPath> path(new koPath);
-        path->moveTo(0, 0);
-        path->arcTo(c.to, koSize(10, 10), 0, true, c.large);
-        EXPECT_EQ(path->segments.size() - 1, c.pieces) << hex(c.to);
-    }
-    // No tolerance: a hair over a quarter turn takes two pieces.
-    for (double y : {10 - 1e-9, 10 + 1e-9}) {
-        koRef<koPath> path(new koPath);
-        path->moveTo(0, 0);
-        path->arcTo(koPoint(10, y), koSize(10, 10), 0, true, false);
-        EXPECT_EQ(path->segments.size() - 1, y < 10 ? 1 : 2);
+        koRef<koPath> path = startAt(koPoint(0, 0));
+        path->arcTo(c.to, c.radii, c.radii.width < 1e-12 ? 30 : 0, c.clockwise, c.large);
+        ASSERT_EQ(path->segments.size() - 1, c.pieces) << hex(c.to);
+        EXPECT_EQ(path->getLastSegment()->point, c.to);
+        EXPECT_TRUE(c.radii.width >= 1e-12 || !path->hasHandles());
+        const koPoint apex = pointAt(path.get(), 1);
+        EXPECT_TRUE(c.apex.isZero() || apex.getDistance(c.apex) < 1e-12) << hex(apex);
     }
 }
 
@@ -281,8 +233,7 @@ TEST(PathArcTo, NonFiniteInputStaysBounded)
     for (const koPoint &to : targets) {
         for (const koSize &r : radii) {
             for (double rotation : {0.0, Nan}) {
-                koRef<koPath> path(new koPath);
-                path->moveTo(0, 0);
+                koRef<koPath> path = startAt(koPoint(0, 0));
                 path->arcTo(to, r, rotation, false, true);
                 ASSERT_GE(path->segments.size(), 2);
                 ASSERT_LE(path->segments.size(), 5);
@@ -293,24 +244,14 @@ TEST(PathArcTo, NonFiniteInputStaysBounded)
     }
     // Without an ellipse the arc is the half circle through the chord's apex
     // on the turning side.
-    koRef<koPath> path(new koPath);
-    path->moveTo(0, 0);
+    koRef<koPath> path = startAt(koPoint(0, 0));
     path->arcTo(koPoint(10, 0), koSize(Nan, 5), 0, false, false);
     ASSERT_EQ(path->segments.size(), 3);
     EXPECT_LT(pointAt(path.get(), 1).getDistance(koPoint(5, -5)), 1e-12)
             << hex(pointAt(path.get(), 1));
 }
 
-TEST(PathArcTo, RandomArcsEndExactlyOnTheTarget)
-{
-    for (const SvgArc &a : randomArcs(400)) {
-        koRef<koPath> path = arcPath(a);
-        const koPoint last = path->getLastSegment()->point;
-        EXPECT_TRUE(last == a.to) << a.describe() << " ends at " << hex(last);
-    }
-}
-
-TEST(PathArcTo, RandomArcPiecesLieOnTheEllipse)
+TEST(PathArcTo, RandomArcsEndOnTheTargetWithPiecesOnTheEllipse)
 {
     for (const SvgArc &a : randomArcs(400)) {
         koRef<koPath> path = arcPath(a);
@@ -318,6 +259,7 @@ TEST(PathArcTo, RandomArcPiecesLieOnTheEllipse)
         ASSERT_GE(count, 1);
         ASSERT_LE(count, 4);
         const std::string inputs = a.describe();
+        EXPECT_TRUE(path->getLastSegment()->point == a.to) << inputs;
         double turned = 0;
         for (int k = 0; k < count; ++k) {
             const koPoint u0 = a.unit(pointAt(path.get(), k));
@@ -370,8 +312,7 @@ TEST(PathArcTo2, JoinsWithALineOnlyBeyondATenth)
 {
     const koRect rect(0, 0, 100, 100); // the arc starts at (100, 50)
     for (double dx : {0.0, 0.05, 0.2}) {
-        koRef<koPath> path(new koPath);
-        path->moveTo(100 + dx, 50);
+        koRef<koPath> path = startAt(koPoint(100 + dx, 50));
         path->arcTo2(rect, 0, 90);
         EXPECT_EQ(path->segments.size(), dx > 0.1 ? 3 : 2) << dx;
         // Negated angles: a positive sweep turns clockwise on screen, down.
@@ -389,11 +330,10 @@ TEST(PathArcTo2, JoinsWithALineOnlyBeyondATenth)
     EXPECT_LT(path->getLastSegment()->point.getDistance(koPoint(qt.currentPosition())), 1e-6);
 }
 
-TEST(PathEllipse, AddsFiveSegmentsOnTheEllipse)
+TEST(PathEllipse, FiveSegmentsReplacingOnlyALoneStartPoint)
 {
-    const koRect rect(10, 20, 60, 30);
     koRef<koPath> path(new koPath);
-    path->ellipse(rect);
+    path->ellipse(koRect(10, 20, 60, 30));
     ASSERT_EQ(path->segments.size(), 5);
     EXPECT_FALSE(path->isClosed());
     EXPECT_EQ(pointAt(path.get(), 4), pointAt(path.get(), 0));
@@ -403,30 +343,22 @@ TEST(PathEllipse, AddsFiveSegmentsOnTheEllipse)
     }
     path->ellipse(koRect(0, 0, -1, 5));
     EXPECT_EQ(path->segments.size(), 5);
-}
 
-TEST(PathEllipse, ReplacesALoneStartPointButNotAContour)
-{
-    koRef<koPath> lone(new koPath);
-    lone->moveTo(-5, -5);
-    lone->ellipse(koRect(0, 0, 10, 10));
-    ASSERT_EQ(lone->segments.size(), 5);
-    EXPECT_EQ(pointAt(lone.get(), 0), koPoint(10, 5));
-
-    // A closed lone point whose closing curve is built: the curve keeps the
-    // old segment alive until the path goes (the leak checker watches).
-    koRef<koPath> closed(new koPath(nullptr, true));
-    closed->moveTo(-5, -5);
-    ASSERT_EQ(closed->getCurves().size(), 1);
-    closed->ellipse(koRect(0, 0, 10, 10));
-    EXPECT_EQ(closed->segments.size(), 5);
-
-    koRef<koPath> contour(new koPath);
-    contour->moveTo(-5, -5);
-    contour->lineTo(-5, 5);
-    contour->ellipse(koRect(0, 0, 10, 10));
-    ASSERT_EQ(contour->segments.size(), 6);
-    EXPECT_EQ(pointAt(contour.get(), 0), koPoint(-5, -5));
+    // A lone point goes, even closed with its closing curve built (the curve
+    // keeps the old segment alive until the path goes; the leak checker
+    // watches); a drawn contour stays.
+    for (int kind = 0; kind < 3; ++kind) {
+        koRef<koPath> path(new koPath(nullptr, kind == 1));
+        path->moveTo(-5, -5);
+        if (kind == 1) {
+            ASSERT_EQ(path->getCurves().size(), 1);
+        } else if (kind == 2) {
+            path->lineTo(-5, 5);
+        }
+        path->ellipse(koRect(0, 0, 10, 10));
+        ASSERT_EQ(path->segments.size(), kind == 2 ? 6 : 5);
+        EXPECT_EQ(pointAt(path.get(), 0), kind == 2 ? koPoint(-5, -5) : koPoint(10, 5));
+    }
 }
 
 TEST(PathSetClosed, AddsAndDropsTheClosingCurve)
@@ -439,14 +371,11 @@ TEST(PathSetClosed, AddsAndDropsTheClosingCurve)
     path->lineTo(10, 0);
     path->lineTo(10, 10);
     ASSERT_EQ(path->getCurves().size(), 2);
-    path->setClosed(true);
-    ASSERT_EQ(path->curves.size(), 3);
-    EXPECT_EQ(path->curves.last()->segment1(), path->segments.last());
-    EXPECT_EQ(path->curves.last()->segment2(), path->segments.first());
-    path->setClosed(true);
-    EXPECT_EQ(path->curves.size(), 3);
-    path->setClosed(false);
-    EXPECT_EQ(path->curves.size(), 2);
-    EXPECT_FALSE(path->isClosed());
-    EXPECT_EQ(path->segments.size(), 3);
+    for (bool closed : {true, true, false}) {
+        path->setClosed(closed);
+        EXPECT_EQ(path->isClosed(), closed);
+        EXPECT_EQ(path->curves.size(), closed ? 3 : 2);
+        EXPECT_EQ(path->segments.size(), 3);
+        EXPECT_TRUE(pathIsConsistent(path.get()));
+    }
 }

@@ -12,25 +12,11 @@
 
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <random>
 
 namespace {
 
 using Bezier = std::array<koPoint, 4>;
-
-// The segments as hex-float literals, to paste a failing case into a test.
-std::string describe(const koPath *path)
-{
-    std::string text = path->closed ? "closed:" : "open:";
-    char buffer[200];
-    for (const koSegment *s : path->segments) {
-        std::snprintf(buffer, sizeof buffer, " {%a, %a, %a, %a, %a, %a}", s->point.x, s->point.y,
-                      s->handleIn.x, s->handleIn.y, s->handleOut.x, s->handleOut.y);
-        text += buffer;
-    }
-    return text;
-}
 
 // The cubics the paths trace, read from their segments (a lone point counts).
 QVector<Bezier> cubics(std::initializer_list<const koPath *> paths)
@@ -101,26 +87,6 @@ testing::AssertionResult sameTrace(const QVector<Bezier> &a, const QVector<Bezie
     if (ab <= tolerance && ba <= tolerance)
         return testing::AssertionSuccess();
     return testing::AssertionFailure() << "deviation " << ab << " / " << ba << " > " << tolerance;
-}
-
-koPath *randomPath(std::mt19937 &rng, bool curved, bool closed, int n)
-{
-    std::uniform_real_distribution<double> pos(0, 100), handle(curved ? -30 : 0, curved ? 30 : 0);
-    koPath *path = new koPath(nullptr, closed);
-    for (int i = 0; i < n; ++i) {
-        path->addSegment(new koSegment(koPoint(pos(rng), pos(rng)),
-                                       koPoint(handle(rng), handle(rng)),
-                                       koPoint(handle(rng), handle(rng))));
-    }
-    return path;
-}
-
-QVector<koPoint> pointsOf(const koPath *path)
-{
-    QVector<koPoint> points;
-    for (const koSegment *s : path->segments)
-        points.append(s->point);
-    return points;
 }
 
 } // namespace
