@@ -100,9 +100,15 @@ public:
                     seg = other;
                 } else if (isValid(other, isValid(seg, true))) {
                     // Intersect and subtract never come back to the branch
-                    // they leave.
-                    if (m_operation == XPath::OpIntersect || m_operation == XPath::OpSubtract)
+                    // they leave, unless it bounds the result too: where the
+                    // result touches itself (a vertex or a loop's touching
+                    // point of one operand on the other's outline) it starts
+                    // a walk of its own. Along an overlap both branches are
+                    // the same outline, so the one left is used up.
+                    if ((m_operation == XPath::OpIntersect || m_operation == XPath::OpSubtract)
+                        && (!isValid(seg, false) || inter->overlap)) {
                         seg->visited = true;
+                    }
                     seg = other;
                 }
             }
@@ -201,8 +207,17 @@ QVector<koPath *> XPath::tracePaths(const QList<koSegment *> &segments, int oper
             && inter->overlap) {
             continue;
         }
-        if (koPath *contour = tracer.trace(seg))
+        // A walk may switch to a partner branch at its very first step and
+        // close without using seg (a loop of one operand touching itself
+        // where the other passes): seg still bounds the result and is walked
+        // from again. Every closed walk uses up segments, so the segment
+        // count bounds the retries.
+        for (int walk = 0; walk < segments.size() && tracer.isValid(seg, true); ++walk) {
+            koPath *contour = tracer.trace(seg);
+            if (!contour)
+                break;
             paths.append(contour);
+        }
     }
     return paths;
 }

@@ -165,6 +165,76 @@ TEST_P(BooleanEdges, MatchesPainterPath)
 INSTANTIATE_TEST_SUITE_P(Cases, BooleanEdges, testing::ValuesIn(Cases),
                          testing::PrintToStringParamName());
 
+// One operand's cubic loops back through its own start point, where the other
+// operand passes or starts: more than two branches meet there and the result
+// touches itself. Tracing must not use up a branch it leaves that still
+// bounds the result (cubicOp61d, cubicOp65d, cubics44d), nor skip a start
+// whose walk switched away at once (cubicOp95u: the loop outside the other
+// operand). Containment at grid points clear of both outlines follows the
+// operands' QPainterPath containment.
+TEST(BooleanTrace, PinchedResultKeepsEveryBranch)
+{
+    const auto cubicTriangle = [](const QVector<double> &v) {
+        QPainterPath p;
+        p.moveTo(v[0], v[1]);
+        p.cubicTo(v[2], v[3], v[4], v[5], v[6], v[7]);
+        p.closeSubpath();
+        return p;
+    };
+    const struct
+    {
+        const char *name;
+        QVector<double> a, b;
+        bool evenOdd;
+    } cases[] = {
+            {"cubicOp61d",
+             {0x1p+0, 0x1p+1, 0x0p+0, 0x1.4p+2, 0x1.8p+1, 0x1p+1, 0x1.8p+2, 0x1p+0},
+             {0x1p+1, 0x1.8p+1, 0x1p+0, 0x1.8p+2, 0x1p+1, 0x1p+0, 0x1.4p+2, 0x0p+0},
+             false},
+            {"cubicOp65d",
+             {0x0p+0, 0x1p+0, 0x1p+0, 0x1.4p+2, 0x1p+0, 0x0p+0, 0x1p+0, 0x0p+0},
+             {0x0p+0, 0x1p+0, 0x0p+0, 0x1p+0, 0x1p+0, 0x0p+0, 0x1.4p+2, 0x1p+0},
+             false},
+            {"cubics44d",
+             {0x1.8p+1, 0x1p+2, 0x1p+1, 0x1.4p+2, 0x1.8p+1, 0x1p+0, 0x1.8p+2, 0x1p+1},
+             {0x1p+0, 0x1.8p+1, 0x1p+1, 0x1.8p+2, 0x1p+2, 0x1.8p+1, 0x1.4p+2, 0x1p+1},
+             false},
+            {"cubicOp95u",
+             {0x0p+0, 0x1p+1, 0x1p+1, 0x1.8p+1, 0x1.4p+2, 0x1p+0, 0x1.8p+1, 0x1p+1},
+             {0x1p+0, 0x1.4p+2, 0x1p+1, 0x1.8p+1, 0x1p+1, 0x0p+0, 0x1.8p+1, 0x1p+1},
+             true},
+    };
+    const auto truth = [](int op, bool a, bool b) {
+        return op == XPath::OpUnite        ? a || b
+                : op == XPath::OpIntersect ? a && b
+                : op == XPath::OpSubtract  ? a && !b
+                                           : a != b;
+    };
+    for (const auto &c : cases) {
+        const QPainterPath qa = cubicTriangle(c.a), qb = cubicTriangle(c.b);
+        Result a(toXPath(qa)), b(toXPath(qb));
+        koStyle style;
+        style.evenOdd = c.evenOdd;
+        for (int op : Ops) {
+            SCOPED_TRACE(testing::Message() << c.name << " operation " << op);
+            Result r(XPath::computeBoolean(a.get(), b.get(), op));
+            ASSERT_TRUE(r);
+            for (double y = -0.5; y < 6.5; y += 0.03125) {
+                for (double x = -0.5; x < 6.5; x += 0.03125) {
+                    const QPointF q(x + 0.013, y + 0.007);
+                    bool clear = true;
+                    for (const QPointF &d : {QPointF(0.01, 0), {-0.01, 0}, {0, 0.01}, {0, -0.01}})
+                        clear = clear && qa.contains(q + d) == qa.contains(q)
+                                && qb.contains(q + d) == qb.contains(q);
+                    const bool want = truth(op, qa.contains(q), qb.contains(q));
+                    EXPECT_TRUE(!clear || r->contains(koPoint(q), style) == want)
+                            << hx(koPoint(q)) << " expected inside: " << want;
+                }
+            }
+        }
+    }
+}
+
 TEST(BooleanDriver, DivideReturnsSubtractionThenIntersection)
 {
     Result a(toXPath(rect(0, 0, 10, 10))), b(toXPath(rect(5, 5, 10, 10)));

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdio>
 #include <initializer_list>
 #include <random>
@@ -95,7 +96,8 @@ inline koPath *circlePath(const koPoint &c, double r)
 inline koPath *randomPath(std::mt19937 &rng, bool curved, bool closed, int n, double lo = 0,
                           double hi = 100, double handle = 30)
 {
-    std::uniform_real_distribution<double> pos(lo, hi), h(curved ? -handle : 0, curved ? handle : 0);
+    std::uniform_real_distribution<double> pos(lo, hi),
+            h(curved ? -handle : 0, curved ? handle : 0);
     koPath *path = new koPath(nullptr, closed);
     for (int i = 0; i < n; ++i) {
         path->addSegment(new koSegment(koPoint(pos(rng), pos(rng)), koPoint(h(rng), h(rng)),
@@ -113,7 +115,7 @@ inline QVector<koPoint> pointsOf(const koPath *path)
 }
 
 // The segments as hex-float literals, to paste a failing case into a test.
-inline std::string describe(const koPath *path)
+inline std::string pathText(const koPath *path)
 {
     std::string text = path->closed ? "closed:" : "open:";
     for (const koSegment *s : path->segments) {
@@ -122,6 +124,30 @@ inline std::string describe(const koPath *path)
                 + "}";
     }
     return text;
+}
+
+using CubicPoints = std::array<koPoint, 4>;
+
+// The cubics the paths trace, read from their segments (a lone point counts).
+inline QVector<CubicPoints> tracedCubics(std::initializer_list<const koPath *> paths)
+{
+    QVector<CubicPoints> out;
+    for (const koPath *path : paths) {
+        const int n = path->segments.size();
+        for (int i = 0; i < (n == 1 ? 1 : (path->closed ? n : n - 1)); ++i) {
+            const koSegment *a = path->segments.at(i), *b = path->segments.at((i + 1) % n);
+            out.append({a->point, a->point + a->handleOut, b->point + b->handleIn, b->point});
+        }
+    }
+    return out;
+}
+
+// Bernstein form, independent of the library's evaluation.
+inline koPoint bernstein(const CubicPoints &c, double t)
+{
+    const double u = 1 - t;
+    return c[0] * (u * u * u) + c[1] * (3 * u * u * t) + c[2] * (3 * u * t * t)
+            + c[3] * (t * t * t);
 }
 
 // The structural invariants of a path: segment indices match positions,

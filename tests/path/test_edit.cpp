@@ -10,76 +10,46 @@
 #include <QtCore/QtNumeric>
 #include <QtGui/QTransform>
 
-#include <array>
 #include <cmath>
 #include <random>
 
 namespace {
 
-using Bezier = std::array<koPoint, 4>;
-
-// The cubics the paths trace, read from their segments (a lone point counts).
-QVector<Bezier> cubics(std::initializer_list<const koPath *> paths)
-{
-    QVector<Bezier> out;
-    for (const koPath *path : paths) {
-        const int n = path->segments.size();
-        for (int i = 0; i < (n == 1 ? 1 : (path->closed ? n : n - 1)); ++i) {
-            const koSegment *a = path->segments.at(i), *b = path->segments.at((i + 1) % n);
-            out.append({a->point, a->point + a->handleOut, b->point + b->handleIn, b->point});
-        }
-    }
-    return out;
-}
-
-koPoint bezier(const Bezier &c, double t)
-{
-    const double u = 1 - t;
-    return c[0] * (u * u * u) + c[1] * (3 * u * u * t) + c[2] * (3 * u * t * t)
-            + c[3] * (t * t * t);
-}
-
-// Exact for straight pieces; otherwise sampled, then refined by golden
-// sections around every sampled local minimum.
-double distanceTo(const QVector<Bezier> &set, const koPoint &p)
+// Sampled, then refined by golden sections around every sampled local
+// minimum.
+double distanceTo(const QVector<CubicPoints> &set, const koPoint &p)
 {
     double best = qInf();
     const int n = 128;
-    for (const Bezier &c : set) {
-        if (c[1] == c[0] && c[2] == c[3]) {
-            const koPoint v = c[3] - c[0];
-            const double t = v.isZero() ? 0 : qBound(0.0, (p - c[0]).dot(v) / v.dot(v), 1.0);
-            best = std::min(best, p.getDistance(c[0] + v * t));
-            continue;
-        }
+    for (const CubicPoints &c : set) {
         double d[n + 1];
         for (int i = 0; i <= n; ++i)
-            best = std::min(best, d[i] = p.getDistance(bezier(c, double(i) / n)));
+            best = std::min(best, d[i] = p.getDistance(bernstein(c, double(i) / n)));
         for (int i = 0; i <= n; ++i) {
             if ((i > 0 && d[i - 1] < d[i]) || (i < n && d[i + 1] < d[i]))
                 continue;
             double lo = std::max(0, i - 1) / double(n), hi = std::min(n, i + 1) / double(n);
             for (int k = 0; k < 50; ++k) {
                 const double m1 = lo + (hi - lo) * 0.381966, m2 = hi - (hi - lo) * 0.381966;
-                const bool left = p.getDistance(bezier(c, m1)) < p.getDistance(bezier(c, m2));
+                const bool left = p.getDistance(bernstein(c, m1)) < p.getDistance(bernstein(c, m2));
                 (left ? hi : lo) = left ? m2 : m1;
             }
-            best = std::min(best, p.getDistance(bezier(c, (lo + hi) / 2)));
+            best = std::min(best, p.getDistance(bernstein(c, (lo + hi) / 2)));
         }
     }
     return best;
 }
 
 // Both one-sided distances between about 100 samples of each and the other.
-testing::AssertionResult sameTrace(const QVector<Bezier> &a, const QVector<Bezier> &b,
+testing::AssertionResult sameTrace(const QVector<CubicPoints> &a, const QVector<CubicPoints> &b,
                                    double tolerance)
 {
-    auto deviation = [](const QVector<Bezier> &from, const QVector<Bezier> &to) {
+    auto deviation = [](const QVector<CubicPoints> &from, const QVector<CubicPoints> &to) {
         const int samples = std::max(4, 100 / std::max(1, int(from.size())));
         double worst = 0;
-        for (const Bezier &c : from) {
+        for (const CubicPoints &c : from) {
             for (int i = 0; i <= samples; ++i)
-                worst = std::max(worst, distanceTo(to, bezier(c, double(i) / samples)));
+                worst = std::max(worst, distanceTo(to, bernstein(c, double(i) / samples)));
         }
         return worst;
     };
@@ -148,8 +118,8 @@ TEST(PathSplit, RandomSplitsAndReversalKeepTheTrace)
     std::mt19937 rng(1234);
     for (int trial = 0; trial < 24; ++trial) {
         koRef<koPath> path(randomPath(rng, trial % 2, trial % 4 >= 2, 2 + trial % 5));
-        const QVector<Bezier> original = cubics({path.get()});
-        const std::string input = describe(path.get());
+        const QVector<CubicPoints> original = tracedCubics({path.get()});
+        const std::string input = pathText(path.get());
         std::uniform_real_distribution<double> unit(0, 1);
         koRef<koPath> rest(trial % 3 ? path->split(int(rng() % path->getCurves().size()), unit(rng))
                                      : path->splitAt(unit(rng) * path->getLength()));
@@ -157,13 +127,13 @@ TEST(PathSplit, RandomSplitsAndReversalKeepTheTrace)
         if (rest.get() != path.get()) {
             EXPECT_EQ(path->getLastSegment()->point, rest->getFirstSegment()->point) << input;
         }
-        EXPECT_TRUE(sameTrace(original, cubics({path.get(), rest.get()}), 1e-7)) << input;
+        EXPECT_TRUE(sameTrace(original, tracedCubics({path.get(), rest.get()}), 1e-7)) << input;
         EXPECT_TRUE(pathIsConsistent(path.get()) && pathIsConsistent(rest.get()));
 
         path->addFlags(koPath::Clockwise);
         path->reverse();
         EXPECT_EQ(path->flags, quint32(koPath::CounterClockwise));
-        EXPECT_TRUE(sameTrace(original, cubics({path.get(), rest.get()}), 1e-7)) << input;
+        EXPECT_TRUE(sameTrace(original, tracedCubics({path.get(), rest.get()}), 1e-7)) << input;
     }
 }
 
@@ -198,7 +168,7 @@ TEST(PathJoin, SplitThenJoinRestoresTheTrace)
     std::mt19937 rng(99);
     for (int trial = 0; trial < 30; ++trial) {
         koRef<koPath> path(randomPath(rng, trial % 2, false, 3 + trial % 4));
-        const QVector<Bezier> original = cubics({path.get()});
+        const QVector<CubicPoints> original = tracedCubics({path.get()});
         XPath compound;
         compound.addChild(path.get());
         koPath *rest = path->split(int(rng() % path->getCurves().size()), 0.3 + 0.2 * (trial % 3));
@@ -208,7 +178,7 @@ TEST(PathJoin, SplitThenJoinRestoresTheTrace)
             (trial % 3 == 1 ? rest : path.get())->reverse();
         path->join(rest, 1e-9);
         EXPECT_EQ(compound.children.size(), 1);
-        EXPECT_TRUE(sameTrace(original, cubics({path.get()}), 1e-7)) << describe(path.get());
+        EXPECT_TRUE(sameTrace(original, tracedCubics({path.get()}), 1e-7)) << pathText(path.get());
         EXPECT_EQ(path->segments.size(), original.size() + 2);
     }
 }
@@ -241,7 +211,7 @@ TEST(PathReduce, RandomDegenerateInsertionsAreUndone)
     for (int trial = 0; trial < 30; ++trial) {
         const bool curved = trial % 2;
         koRef<koPath> path(randomPath(rng, curved, trial % 4 >= 2, 3 + trial % 4));
-        const QVector<Bezier> original = cubics({path.get()});
+        const QVector<CubicPoints> original = tracedCubics({path.get()});
         const int n = path->segments.size();
         for (int i = n - 1; i >= 0; --i) {
             koSegment *s = path->segments.at(i);
@@ -253,8 +223,8 @@ TEST(PathReduce, RandomDegenerateInsertionsAreUndone)
             s->setHandleOut(koPoint());
         }
         path->reduce(true);
-        EXPECT_EQ(path->segments.size(), n) << describe(path.get());
-        EXPECT_TRUE(sameTrace(original, cubics({path.get()}), 1e-7)) << describe(path.get());
+        EXPECT_EQ(path->segments.size(), n) << pathText(path.get());
+        EXPECT_TRUE(sameTrace(original, tracedCubics({path.get()}), 1e-7)) << pathText(path.get());
     }
 }
 
@@ -282,9 +252,9 @@ TEST(PathSmooth, KeepsPointsAndJoinsTangents)
             }
             // G1: the curve in arrives along the direction the curve out leaves.
             const koPoint in = -at->handleIn, out = at->handleOut;
-            ASSERT_GT(in.getLength(), 1e-9) << type << " " << describe(before.get());
+            ASSERT_GT(in.getLength(), 1e-9) << type << " " << pathText(before.get());
             EXPECT_NEAR(in.normalize().cross(out.normalize()), 0, 1e-12) << type;
-            EXPECT_GT(in.dot(out), 0) << type << " " << describe(before.get());
+            EXPECT_GT(in.dot(out), 0) << type << " " << pathText(before.get());
             if (!spline)
                 continue;
             // C1 and C2 in the spline parameter (uniform spans, or sqrt(chord)).
@@ -320,19 +290,20 @@ TEST(PathFlatten, StaysWithinFlatnessAndSimplifyWithinTolerance)
     for (int trial = 0; trial < 12; ++trial) {
         const double flatness = std::pow(10.0, -(trial % 3));
         koRef<koPath> path(randomPath(rng, true, trial % 2, 2 + trial % 4));
-        const QVector<Bezier> original = cubics({path.get()});
+        const QVector<CubicPoints> original = tracedCubics({path.get()});
         const int n = path->segments.size();
         path->flatten(flatness);
         EXPECT_FALSE(path->hasHandles());
         EXPECT_GT(path->segments.size(), n);
-        EXPECT_TRUE(sameTrace(original, cubics({path.get()}), flatness * (1 + 1e-9))) << trial;
+        EXPECT_TRUE(sameTrace(original, tracedCubics({path.get()}), flatness * (1 + 1e-9)))
+                << trial;
 
         XPath compound;
         compound.addChild(randomPath(rng, true, trial % 2, 2 + trial % 4));
-        const QVector<Bezier> shape = cubics({compound.getFirstChild()});
+        const QVector<CubicPoints> shape = tracedCubics({compound.getFirstChild()});
         compound.simplify(2 * flatness);
-        EXPECT_TRUE(
-                sameTrace(shape, cubics({compound.getFirstChild()}), 2 * flatness * (1 + 1e-9)));
+        EXPECT_TRUE(sameTrace(shape, tracedCubics({compound.getFirstChild()}),
+                              2 * flatness * (1 + 1e-9)));
     }
 }
 
@@ -347,11 +318,12 @@ TEST(PathTransform, MapsLikeQTransformFlipsOrientationAndBlends)
     path->addFlags(koPath::Clockwise);
     path->transformContent(&mirror);
     EXPECT_EQ(path->flags, quint32(koPath::CounterClockwise));
-    const QVector<Bezier> mapped = cubics({path.get()}), source = cubics({before.get()});
+    const QVector<CubicPoints> mapped = tracedCubics({path.get()}),
+                               source = tracedCubics({before.get()});
     for (int k = 0; k < source.size(); ++k) {
         for (double t : {0.0, 0.3, 0.71, 1.0}) {
-            const QPointF q = mirror.toTransform().map(bezier(source[k], t).toPt());
-            EXPECT_LT(koPoint(q).getDistance(bezier(mapped[k], t)), 1e-12 * 300);
+            const QPointF q = mirror.toTransform().map(bernstein(source[k], t).toPt());
+            EXPECT_LT(koPoint(q).getDistance(bernstein(mapped[k], t)), 1e-12 * 300);
         }
     }
 

@@ -8,17 +8,9 @@
 #include <QtCore/QtNumeric>
 
 #include <cmath>
-#include <cstdio>
 #include <random>
 
 namespace {
-
-std::string hx(const koPoint &p)
-{
-    char buffer[80];
-    std::snprintf(buffer, sizeof buffer, "koPoint(%a, %a)", p.x, p.y);
-    return buffer;
-}
 
 koPath *line(std::initializer_list<koPoint> points)
 {
@@ -54,12 +46,15 @@ TEST(PathLocation, EndsAndOffsetsOffThePath)
     // getCurveAtOff: the exact total length belongs to no curve; past it the
     // last curve keeps the excess.
     const QList<koCurve *> curves = ten->getCurves();
-    double offsets[] = {10, 5.5, 12};
-    EXPECT_EQ(ten->getCurveAtOff(offsets[0]), nullptr);
-    EXPECT_EQ(ten->getCurveAtOff(offsets[1]), curves.at(1));
-    EXPECT_EQ(ten->getCurveAtOff(offsets[2]), curves.at(1));
-    EXPECT_EQ(offsets[1], 1.5);
-    EXPECT_EQ(offsets[2], 2);
+    const struct
+    {
+        double offset, rest;
+        koCurve *curve;
+    } cases[] = {{10, 0, nullptr}, {5.5, 1.5, curves.at(1)}, {12, 2, curves.at(1)}};
+    for (auto c : cases) {
+        EXPECT_EQ(ten->getCurveAtOff(c.offset), c.curve) << c.offset;
+        EXPECT_EQ(c.offset, c.rest);
+    }
 }
 
 TEST(PathLocation, FollowsThePolyline)
@@ -83,7 +78,7 @@ TEST(PathLocation, FollowsThePolyline)
                 rest -= points[leg].getDistance(points[leg + 1]), ++leg;
             const koPoint direction = (points[leg + 1] - points[leg]).normalize();
             const koPoint p = path->getPointAt(s);
-            EXPECT_LT(p.getDistance(points[leg] + direction * rest), 1e-9) << s << " " << hx(p);
+            EXPECT_LT(p.getDistance(points[leg] + direction * rest), 1e-9) << s << " " << hex(p);
             EXPECT_LT(path->getTangentAt(s).getDistance(direction), 1e-9);
             EXPECT_LT(path->getNormalAt(s).getDistance(koPoint(direction.y, -direction.x)), 1e-9);
             EXPECT_NEAR(path->getCurvatureAt(s), 0, 1e-12);

@@ -12,10 +12,9 @@ protected:
     void SetUp() override { resetProbes(); }
     void TearDown() override
     {
-        EXPECT_EQ(ProbeSegment::counter().alive(), 0);
-        EXPECT_EQ(ProbeCurve::counter().alive(), 0);
-        EXPECT_EQ(ProbePath::counter().alive(), 0);
-        EXPECT_EQ(ProbeLocation::counter().alive(), 0);
+        for (const Probe &p : {ProbeSegment::counter(), ProbeCurve::counter(), ProbePath::counter(),
+                               ProbeLocation::counter()})
+            EXPECT_EQ(p.alive(), 0);
     }
 };
 

@@ -114,7 +114,9 @@ static geom::Subpath subpathOf(const koPath *path)
     const QList<koSegment *> &segs = path->segments;
     const int n = segs.size();
     const int curves = path->closed ? n : n - 1;
-    for (int i = 0; i < curves && n > 1; ++i) {
+    // A closed path of one segment is one curve from the point back to
+    // itself (a loop), which has area; an open one has no curve.
+    for (int i = 0; i < curves && (n > 1 || path->closed); ++i) {
         const koSegment *from = segs[i];
         const koSegment *to = segs[(i + 1) % n];
         geom::Piece piece;
