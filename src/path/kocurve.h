@@ -39,9 +39,9 @@ public:
     int refCount = 0;
     // The fields behind path(), segment1() and segment2() carry a prefix so
     // that the accessors can keep their names.
-    koPath *m_path = nullptr; //!< owning path, not counted
-    koRect bounds;            //!< cache, all zero when invalid
-    double length = 0;        //!< cache, 0 when invalid
+    koPath *m_path = nullptr;        //!< owning path, not counted
+    koRect bounds;                   //!< cache, all zero when invalid
+    double length = 0;               //!< cache, 0 when invalid
     koSegment *m_segment1 = nullptr; //!< counted
     koSegment *m_segment2 = nullptr; //!< counted
 
@@ -245,11 +245,9 @@ public:
         (\c intersection) once when done. With null curves the values stand
         for the whole curves.
     */
-    static QList<koCurveLocation *> &getIntersections(const QVector<double> &v1,
-                                                       const QVector<double> &v2, koCurve *c1,
-                                                       koCurve *c2,
-                                                       QList<koCurveLocation *> &locations,
-                                                       opParam &param);
+    static QList<koCurveLocation *> &
+    getIntersections(const QVector<double> &v1, const QVector<double> &v2, koCurve *c1, koCurve *c2,
+                     QList<koCurveLocation *> &locations, opParam &param);
     //! Intersections of this curve with \a curve (itself: its loop; null:
     //! none). The caller owns the returned locations: release each entry and
     //! its partner.
@@ -265,8 +263,8 @@ public:
         renormalize fields and excludeEnd set: \a param is changed.
     */
     static QList<koCurveLocation *> &getSelfIntersection(const QVector<double> &v1, koCurve *c1,
-                                                          QList<koCurveLocation *> &locations,
-                                                          opParam &param);
+                                                         QList<koCurveLocation *> &locations,
+                                                         opParam &param);
     /*!
         One step of fat-line clipping of \a v1 (covering [tMin, tMax] of
         \a c1) against \a v2 (covering [uMin, uMax] of \a c2); \a flip tells
@@ -278,10 +276,9 @@ public:
         crossing at the very end of a range is not lost.
     */
     static int addCurveIntersections(const QVector<double> &v1, const QVector<double> &v2,
-                                     koCurve *c1, koCurve *c2,
-                                     QList<koCurveLocation *> &locations, opParam &param,
-                                     double tMin, double tMax, double uMin, double uMax, bool flip,
-                                     double recursion, int calls);
+                                     koCurve *c1, koCurve *c2, QList<koCurveLocation *> &locations,
+                                     opParam &param, double tMin, double tMax, double uMin,
+                                     double uMax, bool flip, double recursion, int calls);
     static void addCurveLineIntersections(const QVector<double> &v1, const QVector<double> &v2,
                                           koCurve *c1, koCurve *c2,
                                           QList<koCurveLocation *> &locations, opParam &param);

@@ -45,21 +45,21 @@ class RVGRAPHICS_EXPORT koPath
 {
 public:
     enum Flag : quint32 {
-        Clockwise = 0x1,          //!< orientation known: clockwise
-        CounterClockwise = 0x2,   //!< orientation known: counter-clockwise
-        OverlapsOnly = 0x4,       //!< boolean operand: only overlap segments so far
-        ValidOverlapsOnly = 0x8,  //!< boolean operand: only valid overlap segments so far
+        Clockwise = 0x1,         //!< orientation known: clockwise
+        CounterClockwise = 0x2,  //!< orientation known: counter-clockwise
+        OverlapsOnly = 0x4,      //!< boolean operand: only overlap segments so far
+        ValidOverlapsOnly = 0x8, //!< boolean operand: only valid overlap segments so far
     };
 
     bool closed = false;
     quint32 flags = 0;
     int refCount = 0;
-    int version = 0;   //!< change counter compared by curve locations
-    int id = 0;        //!< unique per process, the first path gets 1
-    int index = 0;     //!< position among the parent's children
-    double m_length = 0; //!< cached length, 0 when unknown
-    double m_area = 0;   //!< cached signed area, 0 when unknown
-    XPath *parent = nullptr; //!< not counted
+    int version = 0;             //!< change counter compared by curve locations
+    int id = 0;                  //!< unique per process, the first path gets 1
+    int index = 0;               //!< position among the parent's children
+    double m_length = 0;         //!< cached length, 0 when unknown
+    double m_area = 0;           //!< cached signed area, 0 when unknown
+    XPath *parent = nullptr;     //!< not counted
     QList<koSegment *> segments; //!< each counted
     QList<koCurve *> curves;     //!< each counted; empty until first needed
     QList<koMono *> monos;       //!< monotone pieces, owned; see getMonoCurves()
@@ -192,12 +192,10 @@ public:
         ellipse and take the circular fallback; a NaN end point, or one equal
         to the current point, draws a line to \a to.
     */
-    void arcTo(const koPoint &to, const koSize &radii, double rotation, bool clockwise,
-               bool large);
+    void arcTo(const koPoint &to, const koSize &radii, double rotation, bool clockwise, bool large);
     //! arcTo() with \a to relative to the current point; nothing happens on
     //! an empty path.
-    void arcBy(const koPoint &to, const koSize &radii, double rotation, bool clockwise,
-               bool large);
+    void arcBy(const koPoint &to, const koSize &radii, double rotation, bool clockwise, bool large);
     //! Arc of the ellipse inscribed in \a rect from \a start over \a sweep
     //! degrees (both angles negated, so positive sweeps run clockwise on
     //! screen); joined to the current point by a line unless within 0.1.
@@ -349,7 +347,8 @@ public:
         ways). Straight curves keep just their ends; all handles go. A flatness
         below 2e-7 (or NaN) counts as 2e-7; the halving stops at depth 12
         (4096 pieces per curve), which bounds the work on huge or degenerate
-        curves (the flatness is then met only as far as that depth allows). Curves with non-finite values become chords.
+        curves (the flatness is then met only as far as that depth allows). Curves with non-finite
+       values become chords.
     */
     void flatten(double flatness);
     //! Sets every segment to the blend of \a from and \a to at \a factor
@@ -362,8 +361,12 @@ public:
     void transformContent(const koMatrix *matrix);
 
     //! Kinds of smooth().
-    enum SmoothType { SmoothContinuous = 0, SmoothAsymmetric = 1, SmoothCatmullRom = 2,
-                      SmoothGeometric = 3 };
+    enum SmoothType {
+        SmoothContinuous = 0,
+        SmoothAsymmetric = 1,
+        SmoothCatmullRom = 2,
+        SmoothGeometric = 3
+    };
 
     // --- bounds -------------------------------------------------------------
 
@@ -434,9 +437,8 @@ public:
         segment's path; nothing is appended at the ends of an open path, for a
         segment without path, or when a side has no direction.
     */
-    static void addBevelJoin(const koSegment *segment, int join, double radius,
-                             double miterLimit, const koMatrix *matrix, QVector<koPoint> &points,
-                             bool isArea = false);
+    static void addBevelJoin(const koSegment *segment, int join, double radius, double miterLimit,
+                             const koMatrix *matrix, QVector<koPoint> &points, bool isArea = false);
     /*!
         Appends to \a points the outline of the cap at \a segment (an end of
         an open path) for a stroke of half width \a radius: the two offset
@@ -448,8 +450,7 @@ public:
         segment without path) uses the x axis.
     */
     static void addSquareCap(const koSegment *segment, int cap, double radius,
-                             const koMatrix *matrix, QVector<koPoint> &points,
-                             bool isArea = false);
+                             const koMatrix *matrix, QVector<koPoint> &points, bool isArea = false);
 
     // --- winding, containment and hit testing --------------------------------
 
@@ -494,12 +495,11 @@ public:
         joins the disc sector, and miter joins reach to the miter tip while it
         lies within miterLimit half-widths of the point, falling back to the
         bevel beyond (as Qt::SvgMiterJoin). Joins and caps are widened by
-        opt.tolerance; other cap and join kinds count as butt and bevel. A stroke width of 0 leaves the
-        plain distance to the outline; a negative or NaN width draws no stroke.
-        Without opt.stroke a point within opt.tolerance of the outline hits
-        (type 3 with opt.curves, else type 2). The point of an outline hit is
-        the nearest point of the path (the segment's point for a join or cap
-        reached from farther away), the segment the nearer end of its curve.
+        opt.tolerance; other cap and join kinds count as butt and bevel. A stroke width of 0 leaves
+       the plain distance to the outline; a negative or NaN width draws no stroke. Without
+       opt.stroke a point within opt.tolerance of the outline hits (type 3 with opt.curves, else
+       type 2). The point of an outline hit is the nearest point of the path (the segment's point
+       for a join or cap reached from farther away), the segment the nearer end of its curve.
 
         Then, with \a opt.fill, contains() under \a style (its flag0 taken
         from opt.flag): type 2 with the query point.

@@ -15,7 +15,7 @@
     path->lineTo(0, 0);
     \endcode
 */
-template <typename T>
+template<typename T>
 class koRef
 {
 public:

@@ -33,15 +33,15 @@ class koPath;
 class RVGRAPHICS_EXPORT koSegment
 {
 public:
-    bool visited = false;  //!< consumed while boolean results are traced
-    quint8 contour = 0;    //!< the segment lies on the outline of a boolean result
+    bool visited = false; //!< consumed while boolean results are traced
+    quint8 contour = 0;   //!< the segment lies on the outline of a boolean result
     int refCount = 0;
-    int index = -1;        //!< position in the owning path, -1 when free
-    int winding = -1;      //!< winding number of the chain starting here, -1 unknown
+    int index = -1;         //!< position in the owning path, -1 when free
+    int winding = -1;       //!< winding number of the chain starting here, -1 unknown
     koPath *path = nullptr; //!< owning path, not counted
     koPoint point;
-    koPoint handleIn;      //!< relative to point
-    koPoint handleOut;     //!< relative to point
+    koPoint handleIn;  //!< relative to point
+    koPoint handleOut; //!< relative to point
     // The location on another path that this segment meets (counted). Named
     // with a prefix because intersection() is the accessor.
     koCurveLocation *m_intersection = nullptr;
