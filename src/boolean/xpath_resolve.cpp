@@ -14,6 +14,7 @@
 #include <QtCore/QtNumeric>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace {
@@ -210,31 +211,65 @@ QVector<koPath *> orientByNesting(const QVector<koPath *> &paths)
     return closed + open;
 }
 
-} // namespace
+// The outline of the non-zero fill of the divided \a path: every chain gets
+// its winding against the path's own pieces (the larger side sum, and the
+// contour flag where one side is empty), and the chains bounding winding 1
+// are traced as for unite. Contours lying exactly on each other give one
+// copy; contours inside others running the same way (winding 2) vanish.
+QVector<koPath *> traceNonZero(XPath *path)
+{
+    QList<koSegment *> segments;
+    QList<koMono *> monoCurves;
+    for (koPath *child : qAsConst(path->children)) {
+        segments.append(child->getSegments());
+        monoCurves.append(child->getMonoCurves());
+        child->addFlags(koPath::OverlapsOnly | koPath::ValidOverlapsOnly);
+    }
+    // Chains start at divisions first, then whole contours without any.
+    for (koSegment *segment : qAsConst(segments)) {
+        if (segment->intersection() && segment->winding == -1)
+            XPath::propagateWinding(segment, path, nullptr, monoCurves, XPath::OpUnite);
+    }
+    for (koSegment *segment : qAsConst(segments)) {
+        if (segment->winding == -1)
+            XPath::propagateWinding(segment, path, nullptr, monoCurves, XPath::OpUnite);
+        koCurveLocation *inter = segment->intersection();
+        if (!(inter && inter->overlap) && segment->path) {
+            segment->path->removeFlags(koPath::OverlapsOnly);
+            if (segment->winding == 1)
+                segment->path->removeFlags(koPath::ValidOverlapsOnly);
+        }
+    }
+    return XPath::tracePaths(segments, XPath::OpUnite);
+}
 
-void XPath::resolveCrossings()
+// One resolution of \a path: traced as its non-zero outline or, without
+// \a nonZero, with every segment kept (the even-odd reading).
+void resolve(XPath *path, bool nonZero)
 {
     // Links and marks left by an earlier division or trace would lead the
     // tracer astray.
-    for (koPath *child : qAsConst(children)) {
+    for (koPath *child : qAsConst(path->children)) {
         for (koSegment *segment : child->getSegments()) {
             segment->setIntersection(nullptr);
             segment->visited = false;
+            segment->winding = -1;
+            segment->contour = false;
         }
     }
     // Crossings and overlaps only: where the path merely touches itself there
     // is nothing to resolve.
-    QList<koCurveLocation *> locations = koCurveLocation::expand(getCrossings(this));
+    QList<koCurveLocation *> locations = koCurveLocation::expand(path->getCrossings(path));
     bool hasOverlaps = false;
     bool hasCrossings = false;
     for (koCurveLocation *location : qAsConst(locations))
         (location->overlap ? hasOverlaps : hasCrossings) = true;
 
-    QVector<koPath *> contours = children;
+    QVector<koPath *> contours = path->children;
     {
         Keeper keeper;
         if (hasOverlaps) {
-            const QList<koCurveLocation *> overlaps = divideLocations(locations, 1);
+            const QList<koCurveLocation *> overlaps = XPath::divideLocations(locations, 1);
             for (koCurveLocation *location : qAsConst(locations))
                 keeper.keep(location);
             removeSelfOverlaps(overlaps, keeper);
@@ -253,22 +288,24 @@ void XPath::resolveCrossings()
                     if (!location->overlap && bothInPaths(location))
                         remaining.append(location);
                 }
-                divideLocations(locations, 2);
+                XPath::divideLocations(locations, 2);
                 for (koCurveLocation *location : qAsConst(remaining))
                     relocate(location);
             } else {
                 remaining = locations;
             }
-            divideLocations(remaining, 0);
+            XPath::divideLocations(remaining, 0);
         }
         if (hasOverlaps)
-            dropDetached(children, locations);
+            dropDetached(path->children, locations);
 
-        if (hasOverlaps || hasCrossings) {
+        if (nonZero) {
+            contours = traceNonZero(path);
+        } else if (hasOverlaps || hasCrossings) {
             QList<koSegment *> segments;
-            for (koPath *child : qAsConst(children))
+            for (koPath *child : qAsConst(path->children))
                 segments.append(child->getSegments());
-            contours = tracePaths(segments, OpNone);
+            contours = XPath::tracePaths(segments, XPath::OpNone);
         }
 
         // Every contour must hold a reference while it is examined and
@@ -276,9 +313,60 @@ void XPath::resolveCrossings()
         for (koPath *contour : qAsConst(contours))
             contour->addRef();
         const QVector<koPath *> ordered = orientByNesting(contours);
-        setChildren(ordered);
+        path->setChildren(ordered);
         for (koPath *contour : qAsConst(contours))
             contour->release();
     }
-    releaseLocations(locations, false);
+    XPath::releaseLocations(locations, false);
+}
+
+// No contour of the path crosses itself or another.
+bool isResolved(XPath *path)
+{
+    const QList<koCurveLocation *> locations = path->getCrossings(path);
+    bool resolved = true;
+    for (koCurveLocation *location : locations)
+        resolved = resolved && !location->isCrossing();
+    XPath::releaseLocations(locations, true);
+    return resolved;
+}
+
+// The resolved \a path fills like the non-zero fill of \a original at a
+// point inside each contour of either.
+bool fillsLike(const XPath *path, const XPath *original)
+{
+    koStyle evenOdd;
+    evenOdd.evenOdd = true;
+    koStyle nonZero;
+    nonZero.evenOdd = false;
+    for (const XPath *x : {path, original}) {
+        for (koPath *child : x->children) {
+            if (!child || child->isEmpty())
+                continue;
+            const koPoint inside = child->getInteriorPoint(false);
+            if (path->contains(inside, evenOdd) != original->contains(inside, nonZero))
+                return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+void XPath::resolveCrossings()
+{
+    if (m_flag) {
+        resolve(this, false);
+        return;
+    }
+    // Where the windings cannot be told apart (coordinates so large that
+    // the pieces' crossings are lost in rounding) the non-zero trace may
+    // leave crossing contours or lose some; the even-odd reading of the
+    // path is kept then, which at least never does.
+    const std::unique_ptr<XPath> nonZero(clone());
+    resolve(nonZero.get(), true);
+    if (isResolved(nonZero.get()) && fillsLike(nonZero.get(), this))
+        setChildren(nonZero->children);
+    else
+        resolve(this, false);
 }

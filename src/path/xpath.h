@@ -37,12 +37,19 @@ class koPath;
 class RVGRAPHICS_EXPORT XPath
 {
 public:
-    bool m_flag = true;           //!< copied by assign()
-    QVector<koPath *> children;   //!< each counted
-    koRect m_bounds;              //!< bounds cache, copied by assign()
+    //! The fill rule of the compound path as an operand of the boolean
+    //! operations: true (the default) even-odd, false non-zero. Copied by
+    //! assign(). Containment and hit testing take their rule from koStyle.
+    bool m_flag = true;
+    QVector<koPath *> children; //!< each counted
+    koRect m_bounds;            //!< bounds cache, copied by assign()
 
     XPath() = default;
     ~XPath();
+
+    //! The fill rule held by m_flag.
+    bool isEvenOdd() const { return m_flag; }
+    void setEvenOdd(bool evenOdd) { m_flag = evenOdd; }
 
     koPath *getFirstChild() const;
     koPath *getLastChild() const;
@@ -124,10 +131,9 @@ public:
         once (releaseLocations(expanded, false)). Segments that division links
         to a location hold references of their own.
     */
-    QList<koCurveLocation *> getIntersections(XPath *other,
-                                              const std::function<bool(koCurveLocation *)> &include
-                                              = {},
-                                              bool returnFirst = false);
+    QList<koCurveLocation *>
+    getIntersections(XPath *other, const std::function<bool(koCurveLocation *)> &include = {},
+                     bool returnFirst = false);
     //! The intersections that are crossings or overlaps (touches dropped).
     QList<koCurveLocation *> getCrossings(XPath *other);
     /*!
@@ -173,8 +179,15 @@ public:
         visited marks left on the segments by earlier work are cleared first.
 
         As orientation alternates with depth, the result fills the same under
-        both fill rules: the even-odd fill of the original (a self-crossing
-        star loses its centre, which only the non-zero rule filled).
+        both fill rules: the fill of the original under its own rule (m_flag).
+        Even-odd: a self-crossing star loses its centre. Non-zero: every
+        piece gets the winding of its chain against the path itself and only
+        the outline of the non-zero fill is traced (as for unite), even
+        without crossings, so that a contour drawn twice or nested inside
+        one running the same way merges into one outline. Where that outline
+        still crosses itself, or does not fill like the original at a point
+        inside each contour (rounding at huge coordinates), the even-odd
+        reading is taken instead.
     */
     void resolveCrossings();
 

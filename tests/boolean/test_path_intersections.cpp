@@ -290,3 +290,53 @@ TEST(ResolveCrossings, OrientationAlternatesWithNesting)
         EXPECT_EQ(x->getChildren().at(i)->isClockwise(), i != 1) << i;
     }
 }
+
+// A prepared operand fills like the original under its own rule (m_flag):
+// a square drawn twice, nested squares running the same way and a crossed
+// star, read under non-zero and under even-odd.
+TEST(ResolveCrossings, PreparedOperandKeepsItsFillRule)
+{
+    const QVector<QVector<koPoint>> star = {{{50, 5}, {77, 90}, {5, 35}, {95, 35}, {23, 90}}};
+    const QVector<QVector<QVector<koPoint>>> cases = {
+            {{{10, 10}, {90, 10}, {90, 90}, {10, 90}}, {{10, 10}, {90, 10}, {90, 90}, {10, 90}}},
+            {{{5, 5}, {95, 5}, {95, 95}, {5, 95}}, {{25, 25}, {75, 25}, {75, 75}, {25, 75}}},
+            star};
+    for (int i = 0; i < cases.size(); ++i) {
+        for (bool evenOdd : {false, true}) {
+            XPathPtr x(new XPath);
+            QPainterPath original;
+            original.setFillRule(evenOdd ? Qt::OddEvenFill : Qt::WindingFill);
+            for (const QVector<koPoint> &points : cases.at(i)) {
+                koPath *path = new koPath(nullptr, true);
+                for (const koPoint &point : points)
+                    path->addSegment(new koSegment(point.x, point.y));
+                x->addChild(path);
+                x->getLastChild()->setClockwise(true);
+                original.addPath(painterPath(x->getLastChild()));
+            }
+            x->setEvenOdd(evenOdd);
+            const XPathPtr prepared(XPath::preparePath(x.get(), true));
+            EXPECT_EQ(prepared->isEvenOdd(), evenOdd);
+            QPainterPath result;
+            for (const koPath *p : prepared->getChildren())
+                result.addPath(painterPath(p));
+            QPainterPathStroker stroker;
+            stroker.setWidth(0.5);
+            const QPainterPath outline = stroker.createStroke(original);
+            for (double gx = 1; gx < 100; gx += 3) {
+                for (double gy = 2; gy < 100; gy += 3) {
+                    const QPointF q(gx, gy);
+                    if (outline.contains(q))
+                        continue;
+                    for (Qt::FillRule rule : {Qt::OddEvenFill, Qt::WindingFill}) {
+                        result.setFillRule(rule);
+                        EXPECT_EQ(result.contains(q), original.contains(q))
+                                << "case " << i << " evenOdd " << evenOdd << " at " << hexf(gx)
+                                << ", " << hexf(gy) << "\n"
+                                << describe(prepared.get());
+                    }
+                }
+            }
+        }
+    }
+}

@@ -354,9 +354,12 @@ static QPainterPath applyQt(int code, const QPainterPath &a, const QPainterPath 
 
 static XPath *operandXPath(const Operand &operand)
 {
-    if (!operand.commands.isEmpty())
-        return xpathFromCommands(operand.commands);
-    return toXPath(operand.path, true);
+    XPath *path = operand.commands.isEmpty() ? toXPath(operand.path, true)
+                                             : xpathFromCommands(operand.commands);
+    // The operand is filled by its own rule.
+    if (path)
+        path->setEvenOdd(operand.path.fillRule() == Qt::OddEvenFill);
+    return path;
 }
 
 Outcome runOperation(const Case &c)
