@@ -1,5 +1,6 @@
 #include "path/kocurve.h"
 
+#include "path/koneighbour_p.h"
 #include "path/kopath.h"
 #include "path/kosegment.h"
 
@@ -83,30 +84,12 @@ bool koCurve::isLast() const
 
 koCurve *koCurve::getNext() const
 {
-    if (!m_path)
-        return nullptr;
-    const QList<koCurve *> &curves = m_path->getCurves();
-    const int n = curves.size();
-    const int i = index();
-    if (n == 0 || i < 0 || i >= n)
-        return nullptr;
-    if (i + 1 < n)
-        return curves.at(i + 1);
-    return m_path->closed ? curves.first() : nullptr;
+    return m_path ? koCyclicNeighbour(m_path->getCurves(), index(), 1, m_path->closed) : nullptr;
 }
 
 koCurve *koCurve::getPrevious() const
 {
-    if (!m_path)
-        return nullptr;
-    const QList<koCurve *> &curves = m_path->getCurves();
-    const int n = curves.size();
-    const int i = index();
-    if (n == 0 || i < 0 || i >= n)
-        return nullptr;
-    if (i > 0)
-        return curves.at(i - 1);
-    return m_path->closed ? curves.last() : nullptr;
+    return m_path ? koCyclicNeighbour(m_path->getCurves(), index(), -1, m_path->closed) : nullptr;
 }
 
 void koCurve::clearHandles()

@@ -4,6 +4,7 @@
 #include "geometry/komatrix.h"
 #include "geometry/kotolerance.h"
 #include "path/kocurve.h"
+#include "path/koneighbour_p.h"
 #include "path/kopath.h"
 
 #include <QtCore/QtNumeric>
@@ -113,28 +114,12 @@ bool koSegment::remove()
 
 koSegment *koSegment::getNext() const
 {
-    if (!path)
-        return nullptr;
-    const QList<koSegment *> &list = path->segments;
-    const int n = list.size();
-    if (n == 0 || index < 0 || index >= n)
-        return nullptr;
-    if (index + 1 < n)
-        return list.at(index + 1);
-    return path->closed ? list.first() : nullptr;
+    return path ? koCyclicNeighbour(path->segments, index, 1, path->closed) : nullptr;
 }
 
 koSegment *koSegment::getPrevious() const
 {
-    if (!path)
-        return nullptr;
-    const QList<koSegment *> &list = path->segments;
-    const int n = list.size();
-    if (n == 0 || index < 0 || index >= n)
-        return nullptr;
-    if (index > 0)
-        return list.at(index - 1);
-    return path->closed ? list.last() : nullptr;
+    return path ? koCyclicNeighbour(path->segments, index, -1, path->closed) : nullptr;
 }
 
 koCurve *koSegment::getCurve() const
