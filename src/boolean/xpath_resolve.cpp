@@ -27,27 +27,14 @@ public:
     Keeper() = default;
     ~Keeper()
     {
+        // Curves first: each holds its two segments.
         for (koCurve *curve : qAsConst(m_curves))
             curve->release();
         for (koSegment *segment : qAsConst(m_segments))
             segment->release();
     }
-    void keep(koCurve *curve)
-    {
-        if (curve && !m_curveSet.contains(curve)) {
-            m_curveSet.insert(curve);
-            curve->addRef();
-            m_curves.append(curve);
-        }
-    }
-    void keep(koSegment *segment)
-    {
-        if (segment && !m_segmentSet.contains(segment)) {
-            m_segmentSet.insert(segment);
-            segment->addRef();
-            m_segments.append(segment);
-        }
-    }
+    void keep(koCurve *curve) { hold(m_curves, curve); }
+    void keep(koSegment *segment) { hold(m_segments, segment); }
     // Every curve and segment a location may still point to.
     void keep(koCurveLocation *location)
     {
@@ -58,10 +45,17 @@ public:
     }
 
 private:
-    QList<koCurve *> m_curves;
-    QList<koSegment *> m_segments;
-    QSet<koCurve *> m_curveSet;
-    QSet<koSegment *> m_segmentSet;
+    template<class T>
+    static void hold(QSet<T *> &held, T *object)
+    {
+        if (object && !held.contains(object)) {
+            held.insert(object);
+            object->addRef();
+        }
+    }
+
+    QSet<koCurve *> m_curves;
+    QSet<koSegment *> m_segments;
     Q_DISABLE_COPY(Keeper)
 };
 
