@@ -1,6 +1,6 @@
-// Degenerate and edge cases of the boolean operations, checked against
-// QPainterPath's own booleans and closed-form areas.
+// Edge cases of the booleans against QPainterPath's booleans and closed forms.
 
+#include "geometry/geometrytest.h"
 #include "path/pathtesthelpers.h"
 #include "path/xpath.h"
 
@@ -11,15 +11,14 @@
 #include <QtGui/QPainterPath>
 
 #include <cmath>
-#include <cstdio>
+#include <functional>
 #include <memory>
 
 namespace {
 
 using Result = std::unique_ptr<XPath>;
 
-// The same geometry as a compound path, one child per subpath, each closed
-// on its first point when it returns there; oriented by the child rule.
+// One child per subpath, closed when it returns to its start; child rule.
 XPath *toXPath(const QPainterPath &qp)
 {
     XPath *x = new XPath;
@@ -55,13 +54,6 @@ const auto circle = [](double r, double cx) {
     return p;
 };
 
-std::string hx(const koPoint &p)
-{
-    char text[96];
-    std::snprintf(text, sizeof text, "koPoint(%a, %a)", p.x, p.y);
-    return text;
-}
-
 // The children's points, "|" between children, "z" after a closed one.
 QString describe(const XPath *x)
 {
@@ -83,6 +75,26 @@ double signedArea(const XPath *x)
     for (koPath *child : x->children)
         sum += child->getArea(true, false);
     return sum;
+}
+
+// At grid points of \a box (plus \a offset) whose side of both outlines is
+// the same \a eps around, \a r contains \a want under every style.
+void expectGrid(const XPath *r, const QPainterPath &a, const QPainterPath &b, const QRectF &box,
+                const QPointF &step, const QPointF &offset, double eps,
+                const std::function<bool(const QPointF &)> &want, const QVector<koStyle> &styles)
+{
+    for (double y = box.top(); y < box.bottom(); y += step.y()) {
+        for (double x = box.left(); x < box.right(); x += step.x()) {
+            const QPointF q = QPointF(x, y) + offset;
+            bool clear = true;
+            for (const QPointF &d : {QPointF(eps, 0), {-eps, 0}, {0, eps}, {0, -eps}})
+                clear = clear && a.contains(q + d) == a.contains(q)
+                        && b.contains(q + d) == b.contains(q);
+            for (const koStyle &style : styles)
+                EXPECT_TRUE(!clear || r->contains(koPoint(q), style) == want(q))
+                        << hexf(q.x()) << ", " << hexf(q.y()) << " expected inside: " << want(q);
+        }
+    }
 }
 
 const int Ops[4] = {XPath::OpUnite, XPath::OpIntersect, XPath::OpSubtract, XPath::OpExclude};
@@ -116,10 +128,8 @@ const Case Cases[] = {
 
 using BooleanEdges = testing::TestWithParam<Case>;
 
-// Per operation: the number of children, the signed area (holes count
-// negative) and, at grid points clear of both outlines, containment under
-// both fill rules as QPainterPath's booleans give it. Operands stay as they
-// were.
+// Per operation: child count, signed area, containment under both fill rules
+// as QPainterPath's booleans give it; operands stay as they were.
 TEST_P(BooleanEdges, MatchesPainterPath)
 {
     const Case &c = GetParam();
@@ -139,20 +149,9 @@ TEST_P(BooleanEdges, MatchesPainterPath)
         EXPECT_NEAR(signedArea(r.get()), areas[k], 2e-3 * (1 + areas[k]));
         for (koPath *child : r->children)
             EXPECT_EQ(child->hasHandles(), c.a.elementAt(1).isCurveTo());
-        for (double y = box.top() + 0.37; y < box.bottom(); y += box.height() / 23) {
-            for (double x = box.left() + 0.29; x < box.right(); x += box.width() / 23) {
-                const QPointF q(x, y);
-                bool clear = true;
-                for (const QPointF &d : {QPointF(0.3, 0), {-0.3, 0}, {0, 0.3}, {0, -0.3}})
-                    clear = clear && c.a.contains(q + d) == c.a.contains(q)
-                            && c.b.contains(q + d) == c.b.contains(q);
-                const bool want = oracles[k].contains(q);
-                EXPECT_TRUE(!clear
-                            || (r->contains(koPoint(q), nonZero) == want
-                                && r->contains(koPoint(q), evenOdd) == want))
-                        << hx(koPoint(q)) << " expected inside: " << want;
-            }
-        }
+        expectGrid(r.get(), c.a, c.b, box, QPointF(box.width(), box.height()) / 23,
+                   QPointF(0.29, 0.37), 0.3,
+                   [&](const QPointF &q) { return oracles[k].contains(q); }, {nonZero, evenOdd});
     }
     for (auto [now, before] : {std::pair{a.get(), aBefore.get()}, {b.get(), bBefore.get()}}) {
         ASSERT_EQ(now->children.size(), before->children.size());
@@ -165,13 +164,9 @@ TEST_P(BooleanEdges, MatchesPainterPath)
 INSTANTIATE_TEST_SUITE_P(Cases, BooleanEdges, testing::ValuesIn(Cases),
                          testing::PrintToStringParamName());
 
-// One operand's cubic loops back through its own start point, where the other
-// operand passes or starts: more than two branches meet there and the result
-// touches itself. Tracing must not use up a branch it leaves that still
-// bounds the result (cubicOp61d, cubicOp65d, cubics44d), nor skip a start
-// whose walk switched away at once (cubicOp95u: the loop outside the other
-// operand). Containment at grid points clear of both outlines follows the
-// operands' QPainterPath containment.
+// A cubic loops back through its start, where the other operand passes: more
+// than two branches meet. Tracing must not use up a branch that still bounds
+// the result (61d, 65d, 44d) nor skip a start whose walk switched away (95u).
 TEST(BooleanTrace, PinchedResultKeepsEveryBranch)
 {
     const auto cubicTriangle = [](const QVector<double> &v) {
@@ -187,22 +182,10 @@ TEST(BooleanTrace, PinchedResultKeepsEveryBranch)
         QVector<double> a, b;
         bool evenOdd;
     } cases[] = {
-            {"cubicOp61d",
-             {0x1p+0, 0x1p+1, 0x0p+0, 0x1.4p+2, 0x1.8p+1, 0x1p+1, 0x1.8p+2, 0x1p+0},
-             {0x1p+1, 0x1.8p+1, 0x1p+0, 0x1.8p+2, 0x1p+1, 0x1p+0, 0x1.4p+2, 0x0p+0},
-             false},
-            {"cubicOp65d",
-             {0x0p+0, 0x1p+0, 0x1p+0, 0x1.4p+2, 0x1p+0, 0x0p+0, 0x1p+0, 0x0p+0},
-             {0x0p+0, 0x1p+0, 0x0p+0, 0x1p+0, 0x1p+0, 0x0p+0, 0x1.4p+2, 0x1p+0},
-             false},
-            {"cubics44d",
-             {0x1.8p+1, 0x1p+2, 0x1p+1, 0x1.4p+2, 0x1.8p+1, 0x1p+0, 0x1.8p+2, 0x1p+1},
-             {0x1p+0, 0x1.8p+1, 0x1p+1, 0x1.8p+2, 0x1p+2, 0x1.8p+1, 0x1.4p+2, 0x1p+1},
-             false},
-            {"cubicOp95u",
-             {0x0p+0, 0x1p+1, 0x1p+1, 0x1.8p+1, 0x1.4p+2, 0x1p+0, 0x1.8p+1, 0x1p+1},
-             {0x1p+0, 0x1.4p+2, 0x1p+1, 0x1.8p+1, 0x1p+1, 0x0p+0, 0x1.8p+1, 0x1p+1},
-             true},
+            {"cubicOp61d", {1, 2, 0, 5, 3, 2, 6, 1}, {2, 3, 1, 6, 2, 1, 5, 0}, false},
+            {"cubicOp65d", {0, 1, 1, 5, 1, 0, 1, 0}, {0, 1, 0, 1, 1, 0, 5, 1}, false},
+            {"cubics44d", {3, 4, 2, 5, 3, 1, 6, 2}, {1, 3, 2, 6, 4, 3, 5, 2}, false},
+            {"cubicOp95u", {0, 2, 2, 3, 5, 1, 3, 2}, {1, 5, 2, 3, 2, 0, 3, 2}, true},
     };
     const auto truth = [](int op, bool a, bool b) {
         return op == XPath::OpUnite        ? a || b
@@ -219,18 +202,10 @@ TEST(BooleanTrace, PinchedResultKeepsEveryBranch)
             SCOPED_TRACE(testing::Message() << c.name << " operation " << op);
             Result r(XPath::computeBoolean(a.get(), b.get(), op));
             ASSERT_TRUE(r);
-            for (double y = -0.5; y < 6.5; y += 0.03125) {
-                for (double x = -0.5; x < 6.5; x += 0.03125) {
-                    const QPointF q(x + 0.013, y + 0.007);
-                    bool clear = true;
-                    for (const QPointF &d : {QPointF(0.01, 0), {-0.01, 0}, {0, 0.01}, {0, -0.01}})
-                        clear = clear && qa.contains(q + d) == qa.contains(q)
-                                && qb.contains(q + d) == qb.contains(q);
-                    const bool want = truth(op, qa.contains(q), qb.contains(q));
-                    EXPECT_TRUE(!clear || r->contains(koPoint(q), style) == want)
-                            << hx(koPoint(q)) << " expected inside: " << want;
-                }
-            }
+            expectGrid(r.get(), qa, qb, QRectF(-0.5, -0.5, 7, 7), QPointF(0.03125, 0.03125),
+                       QPointF(0.013, 0.007), 0.01,
+                       [&](const QPointF &q) { return truth(op, qa.contains(q), qb.contains(q)); },
+                       {style});
         }
     }
 }
@@ -254,9 +229,7 @@ XPath *openPath(const QVector<koPoint> &points)
     return x;
 }
 
-// Subtract keeps the outside pieces, intersect the inside ones, each an open
-// path of its own, in order along the line; the second line crosses twice
-// within one curve.
+// Open pieces outside / inside, in order; the second line crosses one curve twice.
 TEST(BooleanDriver, OpenLineMinusSquare)
 {
     const struct
@@ -276,22 +249,16 @@ TEST(BooleanDriver, OpenLineMinusSquare)
     }
 }
 
-// Unite and exclude are not defined on an open path, nor is any operation
-// with an open path or nothing as second operand.
-TEST(BooleanDriver, OpenLineUniteIsNull)
+// Unite and exclude of an open path, or anything with an open or no second
+// operand, is null; null, empty and NaN operands neither crash nor hang.
+TEST(BooleanDriver, TotalOnBadInput)
 {
-    Result open(openPath({{-10, 5}, {20, 5}})), square(toXPath(rect(0, 0, 10, 10)));
+    Result open(openPath({{-10, 5}, {20, 5}})), square(toXPath(rect(0, 0, 10, 10))),
+            empty(new XPath), nan(toXPath(poly({{0, 0}, {qQNaN(), 3}, {4, 4}})));
     EXPECT_EQ(open->unite(square.get()), nullptr);
     EXPECT_EQ(open->exclude(square.get()), nullptr);
     EXPECT_EQ(open->intersect(open.get()), nullptr);
     EXPECT_EQ(open->subtract(nullptr), nullptr);
-}
-
-// Null, empty and NaN operands neither crash nor hang.
-TEST(BooleanDriver, TotalOnBadInput)
-{
-    Result square(toXPath(rect(0, 0, 10, 10))), empty(new XPath),
-            nan(toXPath(poly({{0, 0}, {qQNaN(), 3}, {4, 4}})));
     EXPECT_EQ(XPath::computeBoolean(nullptr, square.get(), XPath::OpUnite), nullptr);
     for (int op : Ops)
         for (XPath *path : {square.get(), nan.get(), empty.get()})
@@ -299,9 +266,8 @@ TEST(BooleanDriver, TotalOnBadInput)
                 delete XPath::computeBoolean(path, other == path ? nullptr : other, op);
 }
 
-// A straight zero-area contour of up to eight segments is dropped, a longer
-// one kept. The end of an open path joins its start and leaves the pending
-// handle (the last segment's handle in) on the first point.
+// A straight zero-area contour of up to eight segments is dropped, a longer one
+// kept; an open path's end joins its start, its last handle in on the first.
 TEST(BooleanTrace, ZeroAreaTriangleDropped)
 {
     for (int n : {3, 8, 9, -3}) {

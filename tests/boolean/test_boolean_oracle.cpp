@@ -1,9 +1,5 @@
-// The boolean operations judged by the oracle (tools/oracle) over seeded
-// families of operand pairs: circles and ellipses, star shapes with cubic
-// edges, glyph outlines of DejaVu Sans, and degenerate pairs. Every case is
-// run in a child process, so a crash or hang is a failed case, not a dead
-// suite. Cases that show a limit of the algorithm are listed in
-// knownFailures() with the reason; they are reported, never dropped.
+// Booleans judged by the oracle (tools/oracle) over seeded families, each case
+// in a child process; known limits are listed in knownFailures(), reported.
 
 #include "booleanoracle.h"
 #include "path/xpath.h"
@@ -41,9 +37,7 @@ namespace {
 constexpr bool Sanitized = false;
 #endif
 
-// Fontconfig keeps allocations it never frees once a font is loaded; they
-// are the system's, so the leak checker ignores what is allocated while the
-// glyph outlines are made (the library is not called meanwhile).
+// Fontconfig's never-freed allocations while glyphs load are not ours.
 struct FontLeaksIgnored
 {
 #ifdef ORACLE_SANITIZED
@@ -60,14 +54,10 @@ struct FontLeaksIgnored
 
 const Op Operations[] = {Op::Union, Op::Intersect, Op::Difference, Op::Xor, Op::Divide};
 
-// "family/pair/operation" (operation "identities" for the area identities)
-// -> why the case fails.
+// "family/pair/operation" (or ".../identities") -> why the case fails.
 const QMap<QString, QString> &knownFailures()
 {
-    // Empty at present. The two shared-corner pairs used to fail here: with
-    // no crossings each contour is judged at the middle of its length, which
-    // was the shared corner; the winding sample now moves off vertices.
-    static const QMap<QString, QString> known;
+    static const QMap<QString, QString> known; // empty at present
     return known;
 }
 
@@ -75,20 +65,13 @@ Options suiteOptions()
 {
     Options o;
     o.seed = 20240611;
-    if (Sanitized) {
-        o.gridSide = 12;
-        o.randomPoints = o.nearPoints = 160;
-        o.timeoutMs = 240000;
-    } else {
-        o.gridSide = 24;
-        o.randomPoints = o.nearPoints = 600;
-        o.timeoutMs = 60000;
-    }
+    o.gridSide = Sanitized ? 12 : 24;
+    o.randomPoints = o.nearPoints = Sanitized ? 160 : 600;
+    o.timeoutMs = Sanitized ? 240000 : 60000;
     return o;
 }
 
-// The families are drawn from fixed seeds; RVGRAPHICS_ORACLE_SEED shifts
-// them to explore other shapes (known failures are then keyed differently).
+// RVGRAPHICS_ORACLE_SEED shifts the fixed family seeds to explore other shapes.
 std::mt19937 generator(unsigned family)
 {
     return std::mt19937(family + qEnvironmentVariableIntValue("RVGRAPHICS_ORACLE_SEED") * 7919u);
@@ -108,11 +91,11 @@ Operand operand(QPainterPath path)
     return o;
 }
 
-QPainterPath rect(double x, double y, double w, double h)
+Operand rect(double x, double y, double w, double h)
 {
     QPainterPath p;
     p.addRect(x, y, w, h);
-    return p;
+    return operand(p);
 }
 
 QPainterPath joined(QPainterPath a, const QPainterPath &b)
@@ -158,78 +141,61 @@ QPainterPath star(std::mt19937 &random, double cx, double cy)
     return p;
 }
 
-struct Tally
+// Judges every operation and the area identities of each pair, prints the
+// pass rate per operation and fails on any failure not known.
+void runFamily(const QString &family, const QVector<Pair> &pairs)
 {
-    int passed = 0, failed = 0, known = 0, inconclusive = 0;
-};
-
-class FamilyRun
-{
-public:
-    explicit FamilyRun(const QString &family) : m_family(family) {}
-
-    void run(const QVector<Pair> &pairs)
+    struct Tally
     {
-        const Options options = suiteOptions();
-        for (const Pair &pair : pairs) {
-            QMap<Op, Verdict> verdicts;
-            for (Op op : Operations) {
-                Case c;
-                c.name = m_family + QLatin1Char('/') + pair.name;
-                c.family = m_family;
-                c.a = pair.a;
-                c.b = pair.b;
-                c.op = op;
-                verdicts[op] = checkIsolated(c, options);
-                record(c.name, opName(op), verdicts[op]);
-            }
-            record(m_family + QLatin1Char('/') + pair.name, QStringLiteral("identities"),
-                   checkAreaIdentities(pair.a, pair.b, verdicts));
-        }
-        report();
-    }
-
-private:
-    void record(const QString &name, const QString &op, const Verdict &v)
-    {
+        int passed = 0, failed = 0, known = 0, inconclusive = 0;
+    };
+    QMap<QString, Tally> tallies;
+    QStringList unexpected, fixed;
+    const auto record = [&](const QString &name, const QString &op, const Verdict &v) {
         const QString key = name + QLatin1Char('/') + op;
-        Tally &t = m_tallies[op];
+        Tally &t = tallies[op];
         const auto known = knownFailures().constFind(key);
         if (v.status == Status::Inconclusive) {
             ++t.inconclusive;
         } else if (v.passed()) {
             ++t.passed;
             if (known != knownFailures().constEnd())
-                m_fixed << QStringLiteral("%1 passes now (listed as known: %2)").arg(key, *known);
+                fixed << QStringLiteral("%1 passes now (listed as known: %2)").arg(key, *known);
         } else if (known != knownFailures().constEnd()) {
             ++t.known;
         } else {
             ++t.failed;
-            m_unexpected << QStringLiteral("%1 %2: %3\n%4")
-                                    .arg(key, statusName(v.status), v.reason, v.repro);
+            unexpected << QStringLiteral("%1 %2: %3\n%4")
+                                  .arg(key, statusName(v.status), v.reason, v.repro);
         }
-    }
-
-    void report() const
-    {
-        std::printf("[ oracle ] %s: pass rate per operation (known failures, inconclusive)\n",
-                    qPrintable(m_family));
-        for (auto it = m_tallies.constBegin(); it != m_tallies.constEnd(); ++it) {
-            const Tally &t = it.value();
-            const int judged = t.passed + t.failed + t.known;
-            std::printf("[ oracle ]   %-12s %3d/%-3d %6.1f%%  (%d known, %d inconclusive)\n",
-                        qPrintable(it.key()), t.passed, judged,
-                        judged ? 100.0 * t.passed / judged : 100.0, t.known, t.inconclusive);
+    };
+    const Options options = suiteOptions();
+    for (const Pair &pair : pairs) {
+        QMap<Op, Verdict> verdicts;
+        Case c;
+        c.name = family + QLatin1Char('/') + pair.name;
+        c.family = family;
+        c.a = pair.a;
+        c.b = pair.b;
+        for (Op op : Operations) {
+            c.op = op;
+            record(c.name, opName(op), verdicts[op] = checkIsolated(c, options));
         }
-        for (const QString &note : m_fixed)
-            std::printf("[ oracle ] note: %s\n", qPrintable(note));
-        EXPECT_TRUE(m_unexpected.isEmpty()) << qPrintable(m_unexpected.join(QStringLiteral("\n")));
+        record(c.name, QStringLiteral("identities"), checkAreaIdentities(c.a, c.b, verdicts));
     }
-
-    QString m_family;
-    QMap<QString, Tally> m_tallies;
-    QStringList m_unexpected, m_fixed;
-};
+    std::printf("[ oracle ] %s: pass rate per operation (known failures, inconclusive)\n",
+                qPrintable(family));
+    for (auto it = tallies.constBegin(); it != tallies.constEnd(); ++it) {
+        const Tally &t = it.value();
+        const int judged = t.passed + t.failed + t.known;
+        std::printf("[ oracle ]   %-12s %3d/%-3d %6.1f%%  (%d known, %d inconclusive)\n",
+                    qPrintable(it.key()), t.passed, judged,
+                    judged ? 100.0 * t.passed / judged : 100.0, t.known, t.inconclusive);
+    }
+    for (const QString &note : fixed)
+        std::printf("[ oracle ] note: %s\n", qPrintable(note));
+    EXPECT_TRUE(unexpected.isEmpty()) << qPrintable(unexpected.join(QStringLiteral("\n")));
+}
 
 } // namespace
 
@@ -248,7 +214,7 @@ TEST(BooleanOracle, CirclesAndEllipses)
                       operand(ellipse(200 + reach * std::cos(angle), 200 + reach * std::sin(angle),
                                       sx, sy, 180 * u(random)))});
     }
-    FamilyRun(QStringLiteral("circles")).run(pairs);
+    runFamily(QStringLiteral("circles"), pairs);
 }
 
 TEST(BooleanOracle, StarsWithCubicEdges)
@@ -258,15 +224,14 @@ TEST(BooleanOracle, StarsWithCubicEdges)
     QVector<Pair> pairs;
     for (int i = 0; i < 10; ++i) {
         const QPainterPath a = star(random, 200, 200);
-        const QPainterPath b =
-                star(random, 200 + 120 * (u(random) - 0.5), 200 + 120 * (u(random) - 0.5));
-        pairs.append({QStringLiteral("pair%1").arg(i), operand(a), operand(b)});
+        pairs.append({QStringLiteral("pair%1").arg(i), operand(a),
+                      operand(star(random, 200 + 120 * (u(random) - 0.5),
+                                   200 + 120 * (u(random) - 0.5)))});
     }
-    FamilyRun(QStringLiteral("stars")).run(pairs);
+    runFamily(QStringLiteral("stars"), pairs);
 }
 
-// Glyph pairs of DejaVu Sans at 200 pixels; empty with \a skip set when the
-// font or a QGuiApplication is not to be had.
+// Glyph pairs of DejaVu Sans at 200 px; empty with \a skip set if unavailable.
 QVector<Pair> glyphPairs(QString *skip)
 {
     const QString fontFile = QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf");
@@ -305,7 +270,7 @@ QVector<Pair> glyphPairs(QString *skip)
         pairs.append(
                 {QString::fromLatin1(t[0]) + QString::fromLatin1(t[1]), operand(a), operand(b)});
     }
-    // Nearly coincident outlines: the same glyph moved by a fraction of a pixel.
+    // Nearly coincident outlines: one glyph moved by a fraction of a pixel.
     QPainterPath s1, s2;
     s1.addText(0, 0, font, QStringLiteral("s"));
     s2.addText(0.25, 0.1, font, QStringLiteral("s"));
@@ -319,7 +284,7 @@ TEST(BooleanOracle, GlyphOutlines)
     const QVector<Pair> pairs = glyphPairs(&skip);
     if (pairs.isEmpty())
         GTEST_SKIP() << qPrintable(skip);
-    FamilyRun(QStringLiteral("glyphs")).run(pairs);
+    runFamily(QStringLiteral("glyphs"), pairs);
 }
 
 TEST(BooleanOracle, DegeneratePairs)
@@ -327,73 +292,58 @@ TEST(BooleanOracle, DegeneratePairs)
     std::mt19937 random = generator(4);
     const QPainterPath circle = ellipse(200, 200, 100, 100);
     const QPainterPath someStar = star(random, 200, 200);
-    QPainterPath curvedBelow, curvedAbove;
-    curvedBelow.moveTo(100, 100);
-    curvedBelow.cubicTo(150, 50, 250, 150, 300, 100);
-    curvedAbove = curvedBelow;
-    curvedBelow.lineTo(300, 300);
-    curvedBelow.lineTo(100, 300);
-    curvedBelow.closeSubpath();
-    curvedAbove.lineTo(300, 0);
-    curvedAbove.lineTo(100, 0);
-    curvedAbove.closeSubpath();
-    QPainterPath zeroLength;
-    zeroLength.moveTo(100, 100);
+    QPainterPath curve(QPointF(100, 100)), zeroLength(QPointF(100, 100));
+    curve.cubicTo(150, 50, 250, 150, 300, 100);
     zeroLength.lineTo(300, 100);
     zeroLength.lineTo(300, 100);
     zeroLength.cubicTo(300, 100, 300, 100, 300, 100);
-    zeroLength.lineTo(300, 300);
-    zeroLength.lineTo(100, 300);
-    zeroLength.closeSubpath();
+    const auto closedAt = [](QPainterPath p, double y) {
+        p.lineTo(300, y);
+        p.lineTo(100, y);
+        p.closeSubpath();
+        return operand(p);
+    };
     const QPainterPath ring =
             joined(ellipse(200, 200, 150, 150), ellipse(200, 200, 70, 70).toReversed());
     QPainterPath otherRing = ring;
     otherRing.translate(80, 30);
 
-    const QVector<Pair> pairs = {
-            {QStringLiteral("identical-circles"), operand(circle), operand(circle)},
-            {QStringLiteral("identical-stars"), operand(someStar), operand(someStar)},
-            {QStringLiteral("shared-edge"), operand(rect(100, 100, 100, 100)),
-             operand(rect(200, 100, 100, 100))},
-            {QStringLiteral("shared-edge-part"), operand(rect(100, 100, 100, 100)),
-             operand(rect(200, 150, 100, 100))},
-            {QStringLiteral("shared-curved-edge"), operand(curvedBelow), operand(curvedAbove)},
-            {QStringLiteral("shared-vertex"), operand(rect(100, 100, 100, 100)),
-             operand(rect(200, 200, 100, 100))},
-            {QStringLiteral("shared-vertex-2"), operand(rect(100, 100, 100, 100)),
-             operand(rect(0, 200, 100, 100))},
-            {QStringLiteral("inside"), operand(ellipse(200, 200, 150, 150)),
-             operand(rect(150, 150, 100, 100))},
-            {QStringLiteral("inside-reversed"), operand(rect(150, 150, 100, 100)),
-             operand(ellipse(200, 200, 150, 150))},
-            {QStringLiteral("inside-touching"), operand(rect(100, 100, 200, 200)),
-             operand(rect(100, 150, 100, 100))},
-            {QStringLiteral("collinear-overlap"), operand(rect(100, 100, 100, 100)),
-             operand(rect(150, 100, 100, 60))},
-            {QStringLiteral("collinear-opposite"), operand(rect(100, 100, 100, 100)),
-             operand(rect(150, 100, 100, 60).toReversed())},
-            {QStringLiteral("zero-length"), operand(zeroLength),
-             operand(ellipse(300, 300, 80, 80))},
-            {QStringLiteral("hole-crossed"), operand(ring), operand(rect(170, 20, 60, 360))},
-            {QStringLiteral("hole-island"), operand(ring), operand(ellipse(200, 200, 40, 40))},
-            {QStringLiteral("rings"), operand(ring), operand(otherRing)},
-            {QStringLiteral("disjoint"), operand(circle), operand(ellipse(600, 200, 50, 80))},
-            {QStringLiteral("tangent-outside"), operand(circle),
-             operand(ellipse(400, 200, 100, 100))},
-            {QStringLiteral("tangent-inside"), operand(circle), operand(ellipse(250, 200, 50, 50))},
+    const Operand c = operand(circle), square = rect(100, 100, 100, 100);
+    const auto e = [](double cx, double cy, double r) { return operand(ellipse(cx, cy, r, r)); };
+    QVector<Pair> pairs;
+    const auto add = [&](const char *name, const Operand &a, const Operand &b) {
+        pairs.append({QString::fromLatin1(name), a, b});
     };
-    FamilyRun(QStringLiteral("degenerate")).run(pairs);
+    add("identical-circles", c, c);
+    add("identical-stars", operand(someStar), operand(someStar));
+    add("shared-edge", square, rect(200, 100, 100, 100));
+    add("shared-edge-part", square, rect(200, 150, 100, 100));
+    add("shared-curved-edge", closedAt(curve, 300), closedAt(curve, 0));
+    add("shared-vertex", square, rect(200, 200, 100, 100));
+    add("shared-vertex-2", square, rect(0, 200, 100, 100));
+    add("inside", e(200, 200, 150), rect(150, 150, 100, 100));
+    add("inside-reversed", rect(150, 150, 100, 100), e(200, 200, 150));
+    add("inside-touching", rect(100, 100, 200, 200), rect(100, 150, 100, 100));
+    add("collinear-overlap", square, rect(150, 100, 100, 60));
+    add("collinear-opposite", square, operand(rect(150, 100, 100, 60).path.toReversed()));
+    add("zero-length", closedAt(zeroLength, 300), e(300, 300, 80));
+    add("hole-crossed", operand(ring), rect(170, 20, 60, 360));
+    add("hole-island", operand(ring), e(200, 200, 40));
+    add("rings", operand(ring), operand(otherRing));
+    add("disjoint", c, operand(ellipse(600, 200, 50, 80)));
+    add("tangent-outside", c, e(400, 200, 100));
+    add("tangent-inside", c, e(250, 200, 50));
+    runFamily(QStringLiteral("degenerate"), pairs);
 }
 
-// The judge itself: it accepts Qt's own boolean as a result (read back
-// through the library's containment) and rejects a wrong one, and its areas
-// and conic approximation match closed forms.
+// The judge accepts Qt's boolean and rejects a wrong one; its areas and conic
+// approximation match closed forms.
 TEST(BooleanOracle, JudgeSelfCheck)
 {
     Case c;
     c.name = QStringLiteral("self-check");
     c.a = operand(ellipse(200, 200, 100, 60, 30));
-    c.b = operand(rect(150, 120, 200, 120));
+    c.b = rect(150, 120, 200, 120);
     c.op = Op::Intersect;
     Options options = suiteOptions();
     options.checkCurves = false; // Qt's result is flattened

@@ -67,10 +67,8 @@ QPointF bezier(const QVector<QPointF> &c, double t)
     return u * u * u * c[0] + 3 * u * u * t * c[1] + 3 * u * t * t * c[2] + t * t * t * c[3];
 }
 
-// A polyline through the curve for Qt's stroker, which offsets curves only
-// roughly: its chords turn by at most 0.005 rad and are at most one unit
-// long, so they add no visible corners, and tiny first and last pieces give
-// the true end tangents for caps and joins.
+// A fine polyline for Qt's stroker (which offsets curves roughly); tiny end
+// pieces give the true end tangents for caps and joins.
 void flatten(QPainterPath &qp, const QVector<QPointF> &c, double a, double b, int depth)
 {
     const double m = (a + b) / 2;

@@ -1,3 +1,5 @@
+#include "booleantesthelpers.h"
+
 #include "boolean/kohitopt.h"
 #include "boolean/kohitresult.h"
 #include "boolean/komono.h"
@@ -16,37 +18,7 @@
 
 namespace {
 
-// The segments (point, handle in, handle out) as pasteable text.
-std::string describe(const XPath &xp)
-{
-    std::string text;
-    for (koPath *child : xp.getChildren()) {
-        text += child->closed ? "\nclosed:" : "\nopen:";
-        for (const koSegment *s : child->segments)
-            for (const koPoint &p : {s->point, s->handleIn, s->handleOut})
-                text += " " + hexf(p.x) + ", " + hexf(p.y) + ",";
-    }
-    return text;
-}
-
-// The same curves for Qt, which closes open subpaths for filling, as the
-// library does.
-QPainterPath toQt(const XPath &xp)
-{
-    QPainterPath qt;
-    for (koPath *child : xp.getChildren()) {
-        qt.moveTo(child->segments.first()->point.toPt());
-        for (koCurve *curve : child->getCurves()) {
-            const QVector<double> v = curve->getValues();
-            qt.cubicTo(v[2], v[3], v[4], v[5], v[6], v[7]);
-        }
-    }
-    return qt;
-}
-
-// Over Qt's flattening of the curves (64 times finer than its default):
-// the distance to the outline and, independently of the library, the
-// winding number by signed crossings of a ray.
+// Over Qt's fine flattening: distance to the outline and ray-crossing winding.
 void measure(const QPainterPath &qt, const QPointF &p, double &distance, int &winding)
 {
     distance = qInf();
@@ -65,9 +37,7 @@ void measure(const QPainterPath &qt, const QPointF &p, double &distance, int &wi
     }
 }
 
-// Shapes of cubics in a box of 100 units: stars, ellipses (arcs), random
-// (mostly self-intersecting) curved polygons, and polygons on a grid whose
-// flat edges and shared vertex heights meet rays at joints.
+// Stars, open ellipses, self-crossing curved polygons and grid polygons.
 koPath *randomShape(std::mt19937 &rng)
 {
     std::uniform_real_distribution<double> u(0, 1);
@@ -117,7 +87,7 @@ TEST(ContainsProperty, AgreesWithQtAndCrossingCount)
             measure(qt, p.toPt(), distance, winding);
             if (distance < 0.05)
                 continue;
-            const std::string where = hexf(p.x) + ", " + hexf(p.y) + describe(xp);
+            const std::string where = hexf(p.x) + ", " + hexf(p.y) + describe(&xp);
             for (bool horizontal : {false, true})
                 ASSERT_EQ(XPath::getWinding(p, monos, horizontal).winding, std::abs(winding))
                         << where << "\nhorizontal " << horizontal;
@@ -279,7 +249,7 @@ TEST(HitTest, StrokeAgreesWithQtStroker)
             ++compared;
             const koHitResult r = xp.hitTest(p, style, opt);
             ASSERT_EQ(r.type == koHitResult::Stroke, inside)
-                    << hexf(p.x) << ", " << hexf(p.y) << describe(xp) << "\nwidth "
+                    << hexf(p.x) << ", " << hexf(p.y) << describe(&xp) << "\nwidth "
                     << hexf(style.strokeWidth) << " cap " << style.cap << " join " << style.join
                     << " miter " << hexf(style.miterLimit);
             ASSERT_TRUE(!inside || r.path == path);

@@ -1,3 +1,5 @@
+#include "booleantesthelpers.h"
+
 #include "geometry/geometrytest.h"
 #include "path/pathtesthelpers.h"
 #include "path/xpath.h"
@@ -30,8 +32,7 @@ koPath *square(double x, double y, double s)
     return polygonPath({{x, y}, {x + s, y}, {x + s, y + s}, {x, y + s}}, true);
 }
 
-// A random closed shape (\a kind -1), polygon (0), star (1) or crossed star
-// (2); star edges may bulge.
+// A random closed shape (\a kind -1), polygon (0), star (1), crossed star (2).
 koPath *randomShape(std::mt19937 &rng, int kind = -1)
 {
     std::uniform_real_distribution<double> u(0, 1);
@@ -52,33 +53,6 @@ koPath *randomShape(std::mt19937 &rng, int kind = -1)
         path->addSegment(new koSegment(c + d * rr, -h, h));
     }
     return path;
-}
-
-// The paths as pasteable numbers: point, handle in, handle out per segment.
-std::string describe(const XPath *x)
-{
-    std::string text;
-    for (const koPath *p : x->getChildren()) {
-        text += "path:";
-        for (const koSegment *s : p->segments)
-            for (const koPoint &q : {s->point, s->handleIn, s->handleOut})
-                text += " " + hexf(q.x) + ", " + hexf(q.y) + ",";
-        text += "\n";
-    }
-    return text;
-}
-
-QPainterPath painterPath(const koPath *p)
-{
-    QPainterPath q;
-    const int n = p->segments.size();
-    q.moveTo(p->segments.first()->point.toPt());
-    for (int i = 1; i <= n; ++i) {
-        const koSegment *a = p->segments.at(i - 1), *b = p->segments.at(i % n);
-        q.cubicTo((a->point + a->handleOut).toPt(), (b->point + b->handleIn).toPt(),
-                  b->point.toPt());
-    }
-    return q;
 }
 
 QList<koCurveLocation *> onCurve(koCurve *curve, std::initializer_list<double> times)
@@ -172,8 +146,7 @@ TEST(PathIntersections, DivideLocations)
     XPath::releaseLocations(m, true);
 }
 
-// Random pairs of closed paths divided at their crossings: every location sits
-// on a segment at its point, partners meet, and the outlines are unchanged.
+// Division at crossings: locations sit on segments, partners meet, outlines stay.
 TEST(PathIntersections, DivisionPreservesGeometryProperty)
 {
     std::mt19937 rng(20240611);
@@ -209,11 +182,8 @@ TEST(PathIntersections, DivisionPreservesGeometryProperty)
     EXPECT_GT(found, 100);
 }
 
-// Self-crossing shapes resolved into contours: no contour crosses itself or
-// another (contours may share edges); orientation alternates with nesting, so
-// the result reads the same under both fill rules, as the shape's even-odd
-// fill. For the spike, stars and figure-eights (kinds 0, 3, 5) the contours'
-// union is the non-zero fill.
+// Resolved contours never cross and read as the even-odd fill under both rules;
+// for kinds 0, 3, 5 their union is the non-zero fill.
 TEST(ResolveCrossings, SimpleContoursKeepTheFillProperty)
 {
     std::mt19937 rng(77);
@@ -238,9 +208,7 @@ TEST(ResolveCrossings, SimpleContoursKeepTheFillProperty)
                 s->handleIn = -(s->handleOut = koPoint(u(rng) - 50, u(rng) - 50) * 0.2);
         }
         const std::string input = describe(x.get());
-        QPainterPath original;
-        for (const koPath *p : x->getChildren())
-            original.addPath(painterPath(p));
+        QPainterPath original = toQt(*x);
         QPainterPathStroker stroker;
         stroker.setWidth(0.1);
         const QPainterPath outline = stroker.createStroke(original);
@@ -256,7 +224,7 @@ TEST(ResolveCrossings, SimpleContoursKeepTheFillProperty)
         QVector<QPainterPath> contours;
         for (koPath *p : x->getChildren()) {
             ASSERT_TRUE(p->isClosed()) << input;
-            contours.append(painterPath(p));
+            contours.append(toQt(p));
             result.addPath(contours.last());
         }
         for (int i = 0; i < 300; ++i) {
@@ -291,37 +259,30 @@ TEST(ResolveCrossings, OrientationAlternatesWithNesting)
     }
 }
 
-// A prepared operand fills like the original under its own rule (m_flag):
-// a square drawn twice, nested squares running the same way and a crossed
-// star, read under non-zero and under even-odd.
+// A prepared operand fills like the original under its own rule: a square
+// drawn twice, same-way nested squares, a crossed star.
 TEST(ResolveCrossings, PreparedOperandKeepsItsFillRule)
 {
-    const QVector<QVector<koPoint>> star = {{{50, 5}, {77, 90}, {5, 35}, {95, 35}, {23, 90}}};
-    const QVector<QVector<QVector<koPoint>>> cases = {
-            {{{10, 10}, {90, 10}, {90, 90}, {10, 90}}, {{10, 10}, {90, 10}, {90, 90}, {10, 90}}},
-            {{{5, 5}, {95, 5}, {95, 95}, {5, 95}}, {{25, 25}, {75, 25}, {75, 75}, {25, 75}}},
-            star};
-    for (int i = 0; i < cases.size(); ++i) {
+    QPainterPathStroker stroker;
+    stroker.setWidth(0.5);
+    for (int i = 0; i < 3; ++i) {
         for (bool evenOdd : {false, true}) {
-            XPathPtr x(new XPath);
-            QPainterPath original;
+            XPathPtr x = i == 0 ? compound({square(10, 10, 80), square(10, 10, 80)})
+                    : i == 1
+                    ? compound({square(5, 5, 90), square(25, 25, 50)})
+                    : compound(
+                            {polygonPath({{50, 5}, {77, 90}, {5, 35}, {95, 35}, {23, 90}}, true)});
+            QPainterPath original, result;
             original.setFillRule(evenOdd ? Qt::OddEvenFill : Qt::WindingFill);
-            for (const QVector<koPoint> &points : cases.at(i)) {
-                koPath *path = new koPath(nullptr, true);
-                for (const koPoint &point : points)
-                    path->addSegment(new koSegment(point.x, point.y));
-                x->addChild(path);
-                x->getLastChild()->setClockwise(true);
-                original.addPath(painterPath(x->getLastChild()));
+            for (koPath *p : x->getChildren()) {
+                p->setClockwise(true);
+                original.addPath(toQt(p));
             }
             x->setEvenOdd(evenOdd);
             const XPathPtr prepared(XPath::preparePath(x.get(), true));
             EXPECT_EQ(prepared->isEvenOdd(), evenOdd);
-            QPainterPath result;
-            for (const koPath *p : prepared->getChildren())
-                result.addPath(painterPath(p));
-            QPainterPathStroker stroker;
-            stroker.setWidth(0.5);
+            for (koPath *p : prepared->getChildren())
+                result.addPath(toQt(p));
             const QPainterPath outline = stroker.createStroke(original);
             for (double gx = 1; gx < 100; gx += 3) {
                 for (double gy = 2; gy < 100; gy += 3) {

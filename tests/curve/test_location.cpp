@@ -37,8 +37,8 @@ TEST(CurveLocation, EndTimesAndEquality)
     // Time 1 of the closing curve equals time 0 of the first.
     koCurveLocation *end = at(closed.get(), 0, 0.5), *start = at(closed.get(), 0, 0);
     end->setSegmentPrev(closed->segments.first());
-    EXPECT_TRUE(end->getCurve() == closed->curves[2] && end->getTime() == 1);
-    EXPECT_TRUE(end->equals(start, false) && start->equals(end, false));
+    EXPECT_TRUE(end->getCurve() == closed->curves[2] && end->getTime() == 1
+                && end->equals(start, false) && start->equals(end, false));
     // Behind a zero-length curve: curve index + time differ, offsets match.
     koRef<koPath> zero(polygonPath({{0, 0}, {10, 0}, {10, 0}, {20, 0}}, false));
     koCurveLocation *a = at(zero.get(), 1, 0), *b = at(zero.get(), 2, 0);
@@ -58,7 +58,7 @@ TEST(CurveLocation, InsertMergesOnlyAtTheFront)
     QList<koCurveLocation *> list;
     koCurveLocation *first = pair(0.5), *dup = pair(0.5), *far = pair(0.1), *late = pair(0.5);
     koCurveLocation::insert(list, first, true);
-    dup->overlap = true;
+    dup->overlap = true; // merging carries the overlap mark over
     EXPECT_EQ(koCurveLocation::insert(list, dup, true), first);
     EXPECT_TRUE(list.size() == 1 && first->overlap && first->intersection->overlap);
     releaseAll({dup->intersection, dup});
@@ -75,8 +75,7 @@ TEST(CurveLocation, DivideTextAndLostCurves)
     koCurveLocation *loc = at(path.get(), 1, 0.3);
     const koPoint p = loc->getPoint();
     koCurve *res = loc->divide();
-    ASSERT_TRUE(res);
-    EXPECT_TRUE(loc->getTime() == 0 && loc->getSegment() == res->segment1());
+    ASSERT_TRUE(res && loc->getTime() == 0 && loc->getSegment() == res->segment1());
     EXPECT_TRUE(loc->getPoint().isClose(p, 1e-9) && pathIsConsistent(path.get()));
     koRef<koPath> line(polygonPath({{0, 0}, {10, 0}}, false));
     koCurveLocation *mid = at(line.get(), 0, 0.5), *lost = at(line.get(), 0, 0.5);
@@ -97,8 +96,7 @@ TEST(CurveLocation, DivideTextAndLostCurves)
     releaseAll({loc, mid, lost, none});
 }
 
-// Crossing versus touching at curve interiors and at vertices; the partner
-// links are set by hand at a known common point.
+// Crossing versus touching at interiors and vertices; partners linked by hand at a common point.
 TEST(CurveLocation, IsCrossingTable)
 {
     // A polyline continued by cubics (handle 1, handle 2, end point).
@@ -135,17 +133,15 @@ TEST(CurveLocation, IsCrossingTable)
         koRef<koPath> a(r.a), b(r.b);
         koCurveLocation *la = a->getCurves()[0]->getLocationOf(r.at);
         koCurveLocation *lb = b->getCurves()[0]->getLocationOf(r.at);
-        ASSERT_TRUE(la && lb) << r.name;
-        link(la, lb);
-        EXPECT_EQ(la->isCrossing(), r.crossing) << r.name << " at " << hex(r.at);
-        EXPECT_EQ(lb->isCrossing(), r.crossing) << r.name << " (partner side)";
+        ASSERT_TRUE(la && lb && link(la, lb)) << r.name;
+        EXPECT_TRUE(la->isCrossing() == r.crossing && lb->isCrossing() == r.crossing)
+                << r.name << " at " << hex(r.at);
         releaseAll({la, lb});
     }
 }
 
-// Random pairs on random paths: insert keeps (path id, curve index + time)
-// sorted; expand adds each partner once. A location finds its curve again
-// after its path was divided.
+// Random pairs on random paths: insert keeps (path id, curve index + time) sorted, expand
+// adds each partner once, a location finds its curve again after its path was divided.
 TEST(CurveLocation, SeededInsertExpandAndRefind)
 {
     std::mt19937 rng(20240611);

@@ -12,15 +12,12 @@ static_assert(1 + koTolerance::Epsilon == 1.000000000001, "segment bound");
 
 TEST(KoLineIntersect, SegmentsMeetingAtEndPoints)
 {
-    // (0,0)-(1,0) and (1,-1)-(1,1) meet at the first segment's end, u1 = 1.
-    const koPoint hit = koLine::intersect(0, 0, 1, 0, 1, -1, 1, 1, false, false);
-    EXPECT_EQ(hit, koPoint(1, 0));
-    // Both ends meet: u1 = u2 = 1.
+    // At one segment's end (u1 = 1), at both ends (u1 = u2 = 1), 2e-12 beyond.
+    EXPECT_EQ(koLine::intersect(0, 0, 1, 0, 1, -1, 1, 1, false, false), koPoint(1, 0));
     EXPECT_EQ(koLine::intersect(0, 0, 1, 1, 2, 0, 1, 1, false, false), koPoint(1, 1));
-    // The second segment starts 2e-12 beyond the first one's end.
     EXPECT_TRUE(koLine::intersect(0, 0, 1, 0, 1 + 2e-12, -1, 1 + 2e-12, 1, false, false).isNaN());
-    // The infinite lines still cross there.
-    EXPECT_FALSE(koLine::intersect(0, 0, 1, 0, 1 + 2e-12, -1, 1 + 2e-12, 1, false, true).isNaN());
+    EXPECT_FALSE(koLine::intersect(0, 0, 1, 0, 1 + 2e-12, -1, 1 + 2e-12, 1, false, true).isNaN())
+            << "the infinite lines still cross";
 }
 
 TEST(KoLineIntersect, ParallelAndCollinearGiveNaN)

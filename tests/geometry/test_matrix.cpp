@@ -49,12 +49,6 @@ TEST(KoMatrixEdge, PinnedValues)
     EXPECT_EQ(r.c, -1);
     EXPECT_NEAR(r.d, 6.123233995736766e-17, 1e-30);
 
-    koMatrix s;
-    const koPoint centre(10, 10);
-    s.scale(2, 2, &centre);
-    EXPECT_EQ(s.transformPoint(centre), centre);
-    EXPECT_EQ(s.transformXY(11, 10), koPoint(12, 10));
-
     // No tolerance: the smallest step above 1 is no longer the identity.
     EXPECT_FALSE(koMatrix(std::nextafter(1.0, 2.0), 0, 0, 1, 0, 0).isIdentity());
     EXPECT_TRUE(koMatrix(std::nextafter(1.0, 2.0), 0, 0, 1, 0, 0)._orNullIfIdentity());
@@ -85,17 +79,6 @@ TEST(KoMatrixCoords, CountIsRespectedAndBounded)
     EXPECT_EQ(v, (QVector<double>{3, 5, 3, 4}));
     m.transformCoords(v, 99); // never past the vector's end
     EXPECT_EQ(v, (QVector<double>{7, 11, 7, 9}));
-}
-
-TEST(KoMatrixBounds, RotatedSquareIsDiamondBox)
-{
-    koMatrix m;
-    m.rotate(45);
-    const koRect b = m.transformBounds(koRect(0, 0, 1, 1));
-    EXPECT_NEAR(b.x, -std::sqrt(0.5), 1e-15);
-    EXPECT_NEAR(b.y, 0, 1e-15);
-    EXPECT_NEAR(b.width, std::sqrt(2.0), 1e-15);
-    EXPECT_NEAR(b.height, std::sqrt(2.0), 1e-15);
 }
 
 // Every operation composes on the inner side, exactly like QTransform's.

@@ -20,8 +20,7 @@ long double eval(const Poly &c, long double x)
     return v;
 }
 
-// Checks the roots found on [0, 1]: each has a small residual, none repeats,
-// and every sign change of a dense scan of the polynomial holds one.
+// Roots on [0, 1] have small residuals, no repeats, and cover every scanned sign change.
 void checkRoots(const Poly &c, const QVector<double> &roots, int count)
 {
     std::string what;
@@ -108,7 +107,6 @@ TEST(KoNumericIntegrate, ExactForDegreeTwoNMinusOne)
         EXPECT_NEAR(koNumeric::integrate(f, a, b, n), exact, 1e-12 * (1 + std::abs(exact))) << n;
         EXPECT_EQ(calls, n);
     }
-    EXPECT_DOUBLE_EQ(koNumeric::integrate([](double t) { return t * t * t; }, 0, 1, 2), 0.25);
     // n outside 2..16 is clamped, never read beyond the tables.
     calls = 0;
     EXPECT_DOUBLE_EQ(koNumeric::integrate([&](double) { return ++calls, 1.0; }, 0, 3, 99), 3);
@@ -145,10 +143,8 @@ TEST(KoNumericCubic, PinnedCases)
     ASSERT_EQ(koNumeric::solveCubic(2, -12, 22, -12, roots, 0, 0), 3); // roots 1, 2, 3
 }
 
-// Integer coefficients make b*b - a*c exactly computable in 128 bits. The
-// plain double expression is off by up to 2^-53 b^2 when the products nearly
-// cancel; with the split products added back only the rounding of the
-// (2^-26 times smaller) correction terms is left.
+// Integer inputs give the exact b*b - a*c in 128 bits; the plain double form
+// would be off by up to 2^-53 b^2 where the products cancel.
 TEST(KoNumericDiscriminant, ExactWhenTermsCancel)
 {
     EXPECT_EQ(koNumeric::getDiscriminant(1, 1 + std::ldexp(1, -27), 1 + std::ldexp(1, -26)),
@@ -166,9 +162,7 @@ TEST(KoNumericDiscriminant, ExactWhenTermsCancel)
     }
 }
 
-// Polynomials built from roots in and around [0, 1], with double roots and
-// leading coefficients from 1e-30 to 1e30 (cubics are rescaled first), plus
-// plain random coefficients.
+// Roots in and around [0, 1], double roots, leading coefficients 1e-30..1e30.
 TEST(KoNumericSolvers, RandomPolynomialsAgainstSignScan)
 {
     std::mt19937 rng(1234);
@@ -227,7 +221,6 @@ TEST(KoNumericEllipse, PointsOnTheInscribedEllipse)
 TEST(KoNumericNoise, HashSmoothingInterpolation)
 {
     EXPECT_EQ(koNumeric::intNoise_1D(0), 1 - 1376312589 * (1.0 / 1073741824));
-    EXPECT_NEAR(koNumeric::intNoise_1D(0), -0.2818, 1e-4);
     for (int x : {INT_MIN, INT_MIN + 1, -7, -1, 1, 2, 12345, INT_MAX})
         EXPECT_TRUE(koNumeric::intNoise_1D(x) > -1 && koNumeric::intNoise_1D(x) <= 1) << x;
     EXPECT_EQ(koNumeric::smoothNoise_1D(5),

@@ -21,7 +21,6 @@
 // Hex-float text, pasteable into a regression test.
 inline std::string hex(double v)
 {
-    // QString::asprintf has no %a; the C library's printf does.
     char buffer[64];
     std::snprintf(buffer, sizeof buffer, "%a", v);
     return buffer;
@@ -31,8 +30,7 @@ inline std::string hex(const koPoint &p)
     return "koPoint(" + hex(p.x) + ", " + hex(p.y) + ")";
 }
 
-// An instrumented model object: counts constructions and destructions per
-// kind and records the reference count seen at destruction (the poison mark).
+// Counts constructions and destructions per kind and the refCount seen at destruction.
 struct Probe
 {
     int made = 0, destroyed = 0, lastSeen = 0;
@@ -150,9 +148,8 @@ inline koPoint bernstein(const CubicPoints &c, double t)
             + c[3] * (t * t * t);
 }
 
-// The structural invariants of a path: segment indices match positions,
-// curve i joins segments i and i + 1 (0 after the last), the curve count is
-// the implied one, and every reference is accounted for by a holder.
+// Segment indices match positions, curve i joins segments i and i + 1 (cyclic), the curve
+// count is the implied one, and every reference has its holder.
 inline testing::AssertionResult pathIsConsistent(koPath *path)
 {
     const int n = path->segments.size();

@@ -12,9 +12,7 @@ koPoint lerp(const koPoint &a, const koPoint &b, double t)
     return a * (1 - t) + b * t;
 }
 
-// Independent evaluation by repeated interpolation; the derivative is
-// 3 (q2 - q1) on the second level, the second derivative the interpolated
-// second differences.
+// Independent evaluation by repeated interpolation, with first and second derivative.
 struct Casteljau
 {
     koPoint point, d1, d2;
@@ -118,8 +116,7 @@ TEST(koCurveEvaluate, EdgeTimesAndDegenerateHandles)
     EXPECT_EQ(koCurve::getPoint(v, 0), koPoint(0.1, 0.2)); // bit for bit
     EXPECT_EQ(koCurve::getPoint(v, 1), koPoint(10.3, 0.7));
 
-    // Handle 1 on its point: the weighted tangent vanishes at 0, the unit
-    // tangent points from handle 1 to handle 2.
+    // Handle 1 on its point: zero weighted tangent at 0, unit tangent from handle 1 to 2.
     const QVector<double> w{0, 0, 1e-13, 0, 3, 4, 6, 0};
     EXPECT_EQ(koCurve::_evaluate(w, 0, 1, false), koPoint(0, 0));
     const koPoint tangent = koCurve::_evaluate(w, 0, 1, true);

@@ -1,5 +1,4 @@
-// Path measurement: the truncated length, locations by length, the curve at
-// an offset and the nearest location, against polyline and sampling oracles.
+// Path measurement: truncated length, locations, curve at offset, nearest location.
 
 #include "pathtesthelpers.h"
 
@@ -43,8 +42,7 @@ TEST(PathLocation, EndsAndOffsetsOffThePath)
     EXPECT_EQ(empty->getNearestLocation(koPoint(1, 1)), nullptr);
     EXPECT_EQ(ten->getOffsetOf(koPoint(5, 5)), 0); // not on the path
 
-    // getCurveAtOff: the exact total length belongs to no curve; past it the
-    // last curve keeps the excess.
+    // getCurveAtOff: the exact total belongs to no curve; past it the last keeps the excess.
     const QList<koCurve *> curves = ten->getCurves();
     const struct
     {
@@ -59,8 +57,7 @@ TEST(PathLocation, EndsAndOffsetsOffThePath)
 
 TEST(PathLocation, FollowsThePolyline)
 {
-    // Legs with whole lengths (multiples of 3-4-5) heading right: the
-    // truncation drops nothing and the path never meets itself.
+    // Whole-length legs (3-4-5) heading right: no truncation loss, no self-contact.
     const koPoint steps[] = {{3, 4}, {4, 3}, {5, 0}, {3, -4}, {4, -3}};
     std::mt19937 rng(23);
     for (int trial = 0; trial < 20; ++trial) {

@@ -50,8 +50,7 @@ TEST(koSegment, NeighboursWrapOnlyInClosedPathsForSegmentsAndCurves)
 TEST(koSegment, CurveLookupKeepsItsAsymmetry)
 {
     koRef<koPath> open(polygonPath({{0, 0}, {1, 0}, {1, 1}}, false));
-    // The last segment of an open path answers the last curve; asking builds
-    // the list.
+    // The last segment of an open path answers the last curve; asking builds the list.
     koCurve *answer = open->segments.at(2)->getCurve();
     ASSERT_EQ(open->curves.size(), 2);
     EXPECT_EQ(answer, open->curves.at(1));
@@ -60,8 +59,7 @@ TEST(koSegment, CurveLookupKeepsItsAsymmetry)
 
     koRef<koPath> closed(polygonPath({{0, 0}, {1, 0}, {1, 1}}, true));
     const QList<koCurve *> &curves = closed->getCurves();
-    // Index 0 wraps to the closing curve; any other index answers the curve
-    // that starts at it, not the one ending there.
+    // Index 0 wraps to the closing curve; others answer the curve starting there.
     EXPECT_EQ(closed->segments.at(0)->getCurvePrev(), curves.at(2));
     EXPECT_EQ(closed->segments.at(1)->getCurvePrev(), curves.at(1));
     EXPECT_EQ(closed->segments.at(2)->getCurvePrev(), curves.at(2));
