@@ -30,4 +30,10 @@
 #include "boolean/kostyle.h"
 #include "boolean/kowinding.h"
 
+#include "rvpath/rvpathelement.h"
+#include "rvpath/rvpath.h"
+#include "rvpath/rvcurve.h"
+
+#include "noise/noise.h"
+
 #endif // RVGRAPHICS_H
