@@ -2,6 +2,7 @@
 // in a child process; known limits are listed in knownFailures(), reported.
 
 #include "booleanoracle.h"
+#include "testglyphs.h"
 #include "path/xpath.h"
 
 #include <gtest/gtest.h>
@@ -21,36 +22,11 @@ using namespace rvOracle;
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-#define ORACLE_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ORACLE_SANITIZED 1
-#endif
-#endif
-#ifdef ORACLE_SANITIZED
+#ifdef TESTGLYPHS_SANITIZED
 constexpr bool Sanitized = true;
-} // namespace
-#include <sanitizer/lsan_interface.h>
-namespace {
 #else
 constexpr bool Sanitized = false;
 #endif
-
-// Fontconfig's never-freed allocations while glyphs load are not ours.
-struct FontLeaksIgnored
-{
-#ifdef ORACLE_SANITIZED
-    FontLeaksIgnored()
-    {
-        __lsan_disable();
-    }
-    ~FontLeaksIgnored()
-    {
-        __lsan_enable();
-    }
-#endif
-};
 
 const Op Operations[] = {Op::Union, Op::Intersect, Op::Difference, Op::Xor, Op::Divide};
 
@@ -234,29 +210,10 @@ TEST(BooleanOracle, StarsWithCubicEdges)
 // Glyph pairs of DejaVu Sans at 200 px; empty with \a skip set if unavailable.
 QVector<Pair> glyphPairs(QString *skip)
 {
-    const QString fontFile = QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf");
-    if (!QFile::exists(fontFile)) {
-        *skip = QStringLiteral("DejaVu Sans is not installed");
+    QFont font;
+    if (!testGlyphs::font(&font, 200, skip))
         return {};
-    }
-    static int argc = 1;
-    static char name[] = "test_boolean";
-    static char *argv[] = {name, nullptr};
-    [[maybe_unused]] FontLeaksIgnored fontLeaksIgnored;
-    if (!QCoreApplication::instance()) {
-        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-        new QGuiApplication(argc, argv); // lives until the process ends
-    }
-    const int id = qobject_cast<QGuiApplication *>(QCoreApplication::instance())
-            ? QFontDatabase::addApplicationFont(fontFile)
-            : -1;
-    if (id < 0) {
-        *skip = QStringLiteral("no QGuiApplication, or the font does not load");
-        return {};
-    }
-    QFont font(QFontDatabase::applicationFontFamilies(id).value(0));
-    font.setPixelSize(200);
+    [[maybe_unused]] testGlyphs::FontLeaksIgnored fontLeaksIgnored;
 
     std::mt19937 random = generator(3);
     std::uniform_real_distribution<double> u(0, 1);
