@@ -19,6 +19,9 @@
     interpolateNoise_2D() rounds to the nearest lattice point, so its
     fraction runs over [-0.5, 0.5).
 
+    Float arguments are truncated to lattice indices with saturation to
+    the int range (NaN gives 0), so every input is defined.
+
     The class has no state; every function is static.
 */
 class RVGRAPHICS_EXPORT Noise
@@ -48,9 +51,11 @@ public:
         Draws a wavering two-pixel black line around row 200 into \a image and
         returns it: for each column x from 1, row floor(5 perlinNoise_1D(0.05
         x)) + 200 and the row below get their colour bytes zeroed, alpha kept.
-        Column 0 is skipped. Guarded: an image that is not 32 bits per pixel,
-        is null, or is too short for a written row is returned unchanged at
-        those rows (rows outside the image are skipped).
+        Column 0 is skipped. Any 32-bit format is written (black with the
+        pixel's own alpha, whatever the byte order); a null image or one of
+        another depth is returned unchanged, and rows outside the image are
+        skipped, so short images are only partly drawn and width 1 draws
+        nothing.
     */
     static QImage perlinNoise(QImage image);
 };

@@ -39,7 +39,8 @@ public:
     RVCurve(const QPointF &p0, const QPointF &c1, const QPointF &c2, const QPointF &p3);
 
     //! Stores the points, n = trunc(control-polygon length * density) (at
-    //! least 2; a non-finite length also gives 2), cursor = n, and the
+    //! least 2, a NaN length also gives 2; at most 1000000, so that huge or
+    //! infinite polygons still walk in bounded time), cursor = n, and the
     //! forward differences for the step h = 1/n.
     void init(const QPointF &p0, const QPointF &c1, const QPointF &c2, const QPointF &p3);
     void init(double x0, double y0, double x1, double y1, double x2, double y2, double x3,
