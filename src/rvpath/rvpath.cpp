@@ -109,6 +109,36 @@ void RVPath::fromPainterPath(const QPainterPath &path)
     }
 }
 
+void RVPath::fromPainterPath(const QPainterPath &path, bool closeSubpaths)
+{
+    if (!closeSubpaths) {
+        fromPainterPath(path);
+        return;
+    }
+    // A painter path closes a subpath by a line back to its start; such a
+    // subpath gets the close marker that the compound-path conversion reads.
+    const int n = path.elementCount();
+    m_elements.reserve(m_elements.size() + n + n / 4);
+    int start = -1; // painter element index of the current subpath's move-to
+    const auto closeIfBack = [&](int end) { // end: one past the subpath
+        if (start < 0 || end - start < 2)
+            return;
+        const QPainterPath::Element &s = path.elementAt(start);
+        const QPainterPath::Element &e = path.elementAt(end - 1);
+        if (e.x == s.x && e.y == s.y)
+            m_elements.append(element(s.x, s.y, RVPathElement::Close));
+    };
+    for (int i = 0; i < n; ++i) {
+        const QPainterPath::Element &e = path.elementAt(i);
+        if (e.type == QPainterPath::MoveToElement) {
+            closeIfBack(i);
+            start = i;
+        }
+        m_elements.append(element(e.x, e.y, int(e.type)));
+    }
+    closeIfBack(n);
+}
+
 void RVPath::toPainterPath(QPainterPath &out) const
 {
     out = QPainterPath();

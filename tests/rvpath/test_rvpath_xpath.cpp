@@ -41,16 +41,20 @@ RVPath circle(double cx, double cy, double r)
     return path;
 }
 
-// Qt ends a closed subpath on its start without a marker; add the markers.
+// Qt ends a closed subpath on its start without a marker; the reading that
+// marks them must keep every painter element and close every outline.
 RVPath closedFromQt(const QPainterPath &qt)
 {
     RVPath path;
-    for (int i = 0; i < qt.elementCount(); ++i) {
-        if (qt.elementAt(i).type == QPainterPath::MoveToElement)
-            path.closeSubpath();
-        path.appendElement(el(qt.elementAt(i).x, qt.elementAt(i).y, qt.elementAt(i).type));
-    }
-    path.closeSubpath();
+    path.fromPainterPath(qt, true);
+    QPainterPath back;
+    path.toPainterPath(back);
+    EXPECT_EQ(back.elementCount(), qt.elementCount());
+    for (int i = 0; i < std::min(back.elementCount(), qt.elementCount()); ++i)
+        EXPECT_EQ(QPointF(back.elementAt(i)), QPointF(qt.elementAt(i))) << i;
+    EXPECT_EQ(subpathCount(path),
+              std::count_if(path.elements().begin(), path.elements().end(),
+                            [](const RVPathElement &e) { return e.type == Z; }));
     return path;
 }
 
