@@ -412,6 +412,11 @@ private:
     void _startPiece(double x, double y);
     // The close rule of closeSubpath() without its two-element guard.
     void _closeCurrent();
+    // toXPath() that keeps every closed subpath running the way it was
+    // drawn (toXPath() lets the compound path reorient them). The effects
+    // that walk along a path use it, so that a subpath's wave, jitter or
+    // taper does not depend on its place in the path.
+    void _toXPathAsDrawn(XPath &out, int firstElement = 0);
 
     QVector<RVPathElement> m_elements;
 };

@@ -88,6 +88,21 @@ void RVPath::toXPath(XPath &out, int firstElement)
     out.setChildren(paths);
 }
 
+void RVPath::_toXPathAsDrawn(XPath &out, int firstElement)
+{
+    if (!m_elements.isEmpty())
+        cleanUp();
+    const QVector<koPath *> paths = buildPaths(m_elements, firstElement, m_elements.size(), &out);
+    // A compound path turns its closed children clockwise (the first) and
+    // counter-clockwise (the others); recording each child's own orientation
+    // first keeps the direction in which it was drawn.
+    for (koPath *path : paths) {
+        if (path->isClosed())
+            path->addFlags(path->isClockwise() ? koPath::Clockwise : koPath::CounterClockwise);
+    }
+    out.setChildren(paths);
+}
+
 void RVPath::fromXPath(XPath &in, int firstChild, int endChild)
 {
     const int count = in.children.size();
