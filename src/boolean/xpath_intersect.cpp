@@ -11,6 +11,7 @@
 #include "path/kopath.h"
 #include "path/kosegment.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -72,6 +73,93 @@ void releaseOne(koCurveLocation *location)
     location->release();
 }
 
+// Candidate pairs by a sweep over the x ranges of the curves' control boxes
+// (a cubic lies inside the box of its control points), so that long paths do
+// not pay for every pair: only boxes that overlap, padded beyond the pairwise
+// pre-test's margin, are tested. Curves with non-finite values have no box
+// and stay candidates of every curve, as the pairwise test decides on them.
+class CandidateSweep
+{
+public:
+    explicit CandidateSweep(const QVector<QVector<double>> &values)
+    {
+        const int n = values.size();
+        boxes.resize(n);
+        for (int i = 0; i < n; ++i) {
+            boxes[i] = boxOf(values.at(i));
+            if (boxes[i].finite) {
+                byX0.append(i);
+                maxWidth = std::max(maxWidth, boxes[i].x1 - boxes[i].x0);
+            } else {
+                unboxed.append(i);
+            }
+        }
+        std::sort(byX0.begin(), byX0.end(),
+                  [this](int a, int b) { return boxes[a].x0 < boxes[b].x0; });
+        x0s.reserve(byX0.size());
+        for (int i : qAsConst(byX0))
+            x0s.append(boxes[i].x0);
+    }
+
+    // Indices j >= from whose boxes meet the box of \a v, ascending (the
+    // order of a plain loop over all j).
+    void candidates(const QVector<double> &v, int from, QVector<int> &out) const
+    {
+        out.clear();
+        const Box b = boxOf(v);
+        if (!b.finite) {
+            for (int j = from; j < boxes.size(); ++j)
+                out.append(j);
+            return;
+        }
+        auto it = std::lower_bound(x0s.begin(), x0s.end(), b.x0 - maxWidth);
+        for (int k = int(it - x0s.begin()); k < x0s.size() && x0s.at(k) <= b.x1; ++k) {
+            const int j = byX0.at(k);
+            const Box &c = boxes.at(j);
+            if (j >= from && c.x1 >= b.x0 && c.y0 <= b.y1 && c.y1 >= b.y0)
+                out.append(j);
+        }
+        for (int j : unboxed) {
+            if (j >= from)
+                out.append(j);
+        }
+        std::sort(out.begin(), out.end());
+    }
+
+private:
+    struct Box
+    {
+        double x0, y0, x1, y1;
+        bool finite;
+    };
+
+    static Box boxOf(const QVector<double> &v)
+    {
+        // Twice the pre-test's margin: rounding can never drop a pair that
+        // the pairwise test would look at.
+        const double pad = 2 * koTolerance::Geometric;
+        Box b{v[0], v[1], v[0], v[1], true};
+        for (int i = 0; i < 8; i += 2) {
+            b.x0 = std::min(b.x0, v[i]);
+            b.x1 = std::max(b.x1, v[i]);
+            b.y0 = std::min(b.y0, v[i + 1]);
+            b.y1 = std::max(b.y1, v[i + 1]);
+            b.finite = b.finite && std::isfinite(v[i]) && std::isfinite(v[i + 1]);
+        }
+        b.x0 -= pad;
+        b.y0 -= pad;
+        b.x1 += pad;
+        b.y1 += pad;
+        return b;
+    }
+
+    QVector<Box> boxes;
+    QVector<int> byX0; // finite boxes by their left edge
+    QVector<double> x0s;
+    QVector<int> unboxed;
+    double maxWidth = 0;
+};
+
 } // namespace
 
 QList<koCurveLocation *>
@@ -99,6 +187,9 @@ XPath::getIntersections(XPath *other, const std::function<bool(koCurveLocation *
                 && std::abs(v[1] - v[7]) <= koTolerance::Epsilon;
     }
 
+    const CandidateSweep sweep(values2);
+    QVector<int> candidates;
+
     // One sorted group per path of this compound path, concatenated at the
     // end: insert() keeps each group sorted within its path.
     QList<QList<koCurveLocation *>> groups;
@@ -118,12 +209,13 @@ XPath::getIntersections(XPath *other, const std::function<bool(koCurveLocation *
             param.excludeStart = singleClosedCurve;
             koCurve::getSelfIntersection(values1, c1, group, param);
         }
-        for (int j = self ? i + 1 : 0; j < curves2.size(); ++j) {
-            // Kept behaviour: the early return comes before the first pairwise
-            // test. It is always reached on the first curve, so the current
-            // group is everything found so far.
-            if (returnFirst)
-                return handOver(group);
+        // Kept behaviour: the early return comes before the first pairwise
+        // test. It is always reached on the first curve with a partner to
+        // test, so the current group is everything found so far.
+        if (returnFirst && (self ? i + 1 : 0) < curves2.size())
+            return handOver(group);
+        sweep.candidates(values1, self ? i + 1 : 0, candidates);
+        for (int j : qAsConst(candidates)) {
             koCurve *c2 = curves2.at(j);
             opParam param;
             param.include = include;
