@@ -56,7 +56,6 @@ void RVPath::lineTo(double x, double y)
 
 void RVPath::cubicTo(const QPointF &c1, const QPointF &c2, const QPointF &end)
 {
-    m_elements.reserve(m_elements.size() + 3);
     m_elements.append(element(c1.x(), c1.y(), RVPathElement::CurveTo));
     m_elements.append(element(c2.x(), c2.y(), RVPathElement::CurveData));
     m_elements.append(element(end.x(), end.y(), RVPathElement::CurveData));
@@ -316,7 +315,6 @@ void RVPath::addPolygon(const QPolygonF &poly)
         moveTo(poly.at(0).x(), poly.at(0).y());
         from = 1;
     }
-    m_elements.reserve(m_elements.size() + poly.size() - from);
     for (int i = from; i < poly.size(); ++i)
         m_elements.append(element(poly.at(i).x(), poly.at(i).y(), RVPathElement::LineTo));
 }

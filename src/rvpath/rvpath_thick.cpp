@@ -323,7 +323,7 @@ inline double degrees(const QPointF &t)
 void RVPath::thickPath(RVPath &out, double startWidth, double endWidth, double step)
 {
     XPath x;
-    toXPath(x, 0);
+    _toXPathAsDrawn(x, 0);
     koPath *first = x.getFirstChild();
     if (!first)
         return;

@@ -232,7 +232,7 @@ void RVPath::manualPath(RVPath &source, double amplitude, double step)
     if (source.isEmpty() || !(step > 0) || !qIsFinite(step) || !qIsFinite(amplitude))
         return;
     XPath x;
-    source.toXPath(x, 0);
+    source._toXPathAsDrawn(x, 0);
     koPath *first = x.getFirstChild();
     if (!first)
         return;
@@ -278,7 +278,7 @@ void RVPath::wavePath(RVPath &out, int kind, double wavelength, double amplitude
 {
     // Built before out is cleared: out may be this path.
     XPath x;
-    toXPath(x, 0);
+    _toXPathAsDrawn(x, 0);
     out.clear();
     const double height = factor * (amplitude == -1.0 ? wavelength * 0.5 : amplitude);
     if (!(wavelength > 0) || !qIsFinite(height))

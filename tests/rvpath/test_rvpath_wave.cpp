@@ -205,3 +205,23 @@ TEST(RVPathWave, DegenerateInputs)
     kept.smooth(1); // a single point is dropped
     EXPECT_TRUE(kept.isEmpty());
 }
+
+// A compound path turns its later closed children round; the wave of a
+// closed subpath must not depend on its place in the path (its bumps went
+// inwards behind an open line).
+TEST(RVPathWave, RegressionLaterClosedSubpathKeepsItsSide)
+{
+    RVPath circle, both;
+    circle.ellipse(QRectF(350, 40, 180, 180));
+    both.addLine(0, 0, 200, 50);
+    both.ellipse(QRectF(350, 40, 180, 180));
+    const RVPath alone = wave(circle, 1, 30, 10, 1), behind = wave(both, 1, 30, 10, 1);
+    int first = 1;
+    while (first < behind.elementCount() && behind.elementAt(first).type != E::MoveTo)
+        ++first;
+    ASSERT_EQ(behind.elementCount() - first, alone.elementCount()) << describe(behind);
+    for (int i = 0; i < alone.elementCount(); ++i) {
+        EXPECT_EQ(behind.elementAt(first + i).x, alone.elementAt(i).x) << i;
+        EXPECT_EQ(behind.elementAt(first + i).y, alone.elementAt(i).y) << i;
+    }
+}
