@@ -95,6 +95,38 @@ koPoint pieceMiddle(koPath *path)
     return path->isEmpty() ? koPoint(qQNaN(), qQNaN()) : path->getFirstSegment()->point;
 }
 
+// A filled operand closes every open child implicitly, as QPainterPath and
+// renderers fill it: a straight line from its end back to its start (the
+// handles at the two ends dropped). Tracing and winding would otherwise see
+// that line while no crossing with it is ever found. Returns whether any
+// child was closed.
+bool closeForFilling(XPath *path)
+{
+    bool closed = false;
+    for (koPath *child : qAsConst(path->children)) {
+        if (!child || child->closed || child->isEmpty())
+            continue;
+        child->getFirstSegment()->setHandleIn(koPoint());
+        child->getLastSegment()->setHandleOut(koPoint());
+        child->setClosed(true);
+        closed = true;
+    }
+    return closed;
+}
+
+// preparePath(path, true) for a filled operand, its open children closed
+// before the reduction drops a closing line of no length and before the
+// self-crossings (also those of the closing lines) are resolved.
+XPath *prepareFilled(XPath *path)
+{
+    XPath *copy = XPath::preparePath(path, false);
+    if (copy && closeForFilling(copy))
+        copy->reduce(true);
+    if (copy)
+        copy->resolveCrossings();
+    return copy;
+}
+
 } // namespace
 
 XPath *XPath::unite(XPath *other)
@@ -141,8 +173,8 @@ XPath *XPath::computeBoolean(XPath *path1, XPath *path2, int operation)
     if (isOpenSinglePath(path1))
         return computeOpenBoolean(path1, path2, operation);
 
-    XPath *p1 = preparePath(path1, true);
-    XPath *p2 = path2 && path2 != path1 ? preparePath(path2, true) : nullptr;
+    XPath *p1 = prepareFilled(path1);
+    XPath *p2 = path2 && path2 != path1 ? prepareFilled(path2) : nullptr;
     // Subtract and exclude need the operands running against each other,
     // unite and intersect with each other.
     if (p2) {
@@ -199,6 +231,9 @@ XPath *XPath::computeOpenBoolean(XPath *path1, XPath *path2, int operation)
     }
     XPath *p1 = preparePath(path1, false);
     XPath *p2 = preparePath(path2, false);
+    // The clipping area is filled, its open children closed.
+    if (closeForFilling(p2))
+        p2->reduce(true);
     koPath *rest = p1->getFirstChild();
     const QList<koCurveLocation *> crossings = p1->getCrossings(p2);
 

@@ -237,9 +237,84 @@ QVector<koPath *> traceNonZero(XPath *path)
     return XPath::tracePaths(segments, XPath::OpUnite);
 }
 
-// One resolution of \a path: traced as its non-zero outline or, without
-// \a nonZero, with every segment kept (the even-odd reading).
-void resolve(XPath *path, bool nonZero)
+// No contour of the path crosses itself or another.
+bool isResolved(XPath *path)
+{
+    const QList<koCurveLocation *> locations = path->getCrossings(path);
+    bool resolved = true;
+    for (koCurveLocation *location : locations)
+        resolved = resolved && !location->isCrossing();
+    XPath::releaseLocations(locations, true);
+    return resolved;
+}
+
+// Whether \a point lies on a curve of \a path (within 2e-7).
+bool onOutline(const XPath *path, const koPoint &point)
+{
+    for (koCurve *curve : path->getCurves()) {
+        if (curve->getTimeOf(point) != koTolerance::NoTime)
+            return true;
+    }
+    return false;
+}
+
+// The resolved \a path fills like \a original under its own rule (m_flag)
+// at a point inside each contour of either. A point on either outline (the
+// centre of one square may be a corner of another) tells nothing and is
+// passed over.
+bool fillsLike(const XPath *path, const XPath *original)
+{
+    koStyle evenOdd;
+    evenOdd.evenOdd = true;
+    koStyle rule;
+    rule.evenOdd = original->m_flag;
+    for (const XPath *x : {path, original}) {
+        for (koPath *child : x->children) {
+            if (!child || child->isEmpty())
+                continue;
+            const koPoint inside = child->getInteriorPoint(false);
+            if (onOutline(path, inside) || onOutline(original, inside))
+                continue;
+            if (path->contains(inside, evenOdd) != original->contains(inside, rule))
+                return false;
+        }
+    }
+    return true;
+}
+
+// How resolve() reads the path: the even-odd reading traces every segment,
+// the non-zero reading its non-zero outline.
+enum class Reading { EvenOdd, NonZero };
+
+void resolve(XPath *path, Reading reading);
+
+// Contours that share stretches of outline but cross nowhere (a square drawn
+// twice, nested squares sharing a corner and two edges) under the even-odd
+// rule. Tracing every segment would walk each shared stretch once per copy,
+// leaving a contour that runs along itself. Oriented by nesting, though,
+// such contours fill by the non-zero rule as they do by the even-odd rule,
+// and the non-zero reading settles shared stretches by winding: copies
+// running against each other cancel, copies running the same way merge.
+// Adopted only when the result neither crosses itself nor fills otherwise
+// than \a path.
+bool resolveOverlapsByNesting(XPath *path)
+{
+    const std::unique_ptr<XPath> nested(path->clone());
+    const QVector<koPath *> contours = nested->children;
+    for (koPath *contour : contours)
+        contour->addRef();
+    nested->setChildren(orientByNesting(contours));
+    for (koPath *contour : contours)
+        contour->release();
+    resolve(nested.get(), Reading::NonZero);
+    if (!isResolved(nested.get()) || !fillsLike(nested.get(), path))
+        return false;
+    path->setChildren(nested->children);
+    return true;
+}
+
+// One resolution of \a path by \a reading.
+void resolve(XPath *path, Reading reading)
 {
     // Links and marks left by an earlier division or trace would lead the
     // tracer astray.
@@ -258,6 +333,11 @@ void resolve(XPath *path, bool nonZero)
     bool hasCrossings = false;
     for (koCurveLocation *location : qAsConst(locations))
         (location->overlap ? hasOverlaps : hasCrossings) = true;
+    if (reading == Reading::EvenOdd && hasOverlaps && !hasCrossings
+        && resolveOverlapsByNesting(path)) {
+        XPath::releaseLocations(locations, false);
+        return;
+    }
 
     QVector<koPath *> contours = path->children;
     {
@@ -293,7 +373,7 @@ void resolve(XPath *path, bool nonZero)
         if (hasOverlaps)
             dropDetached(path->children, locations);
 
-        if (nonZero) {
+        if (reading == Reading::NonZero) {
             contours = traceNonZero(path);
         } else if (hasOverlaps || hasCrossings) {
             QList<koSegment *> segments;
@@ -314,43 +394,12 @@ void resolve(XPath *path, bool nonZero)
     XPath::releaseLocations(locations, false);
 }
 
-// No contour of the path crosses itself or another.
-bool isResolved(XPath *path)
-{
-    const QList<koCurveLocation *> locations = path->getCrossings(path);
-    bool resolved = true;
-    for (koCurveLocation *location : locations)
-        resolved = resolved && !location->isCrossing();
-    XPath::releaseLocations(locations, true);
-    return resolved;
-}
-
-// The resolved \a path fills like the non-zero fill of \a original at a
-// point inside each contour of either.
-bool fillsLike(const XPath *path, const XPath *original)
-{
-    koStyle evenOdd;
-    evenOdd.evenOdd = true;
-    koStyle nonZero;
-    nonZero.evenOdd = false;
-    for (const XPath *x : {path, original}) {
-        for (koPath *child : x->children) {
-            if (!child || child->isEmpty())
-                continue;
-            const koPoint inside = child->getInteriorPoint(false);
-            if (path->contains(inside, evenOdd) != original->contains(inside, nonZero))
-                return false;
-        }
-    }
-    return true;
-}
-
 } // namespace
 
 void XPath::resolveCrossings()
 {
     if (m_flag) {
-        resolve(this, false);
+        resolve(this, Reading::EvenOdd);
         return;
     }
     // Where the windings cannot be told apart (coordinates so large that
@@ -358,9 +407,9 @@ void XPath::resolveCrossings()
     // leave crossing contours or lose some; the even-odd reading of the
     // path is kept then, which at least never does.
     const std::unique_ptr<XPath> nonZero(clone());
-    resolve(nonZero.get(), true);
+    resolve(nonZero.get(), Reading::NonZero);
     if (isResolved(nonZero.get()) && fillsLike(nonZero.get(), this))
         setChildren(nonZero->children);
     else
-        resolve(this, false);
+        resolve(this, Reading::EvenOdd);
 }

@@ -129,6 +129,57 @@ struct ChainEntry
     double length;
 };
 
+// The entry of \a chain at \a share of its length \a total, with its
+// curve values and the time there; null when no entry is reached (NaN
+// lengths). A share that falls on a segment takes the middle of the curve
+// instead: at a corner the outline may turn back in y (the bottom of a
+// shape), so that a ray through the point touches the path without
+// crossing it.
+const ChainEntry *chainSample(const QVector<ChainEntry> &chain, double total, double share,
+                              QVector<double> *values, double *time)
+{
+    double offset = total * share;
+    for (const ChainEntry &entry : chain) {
+        if (!(entry.length >= offset)) {
+            offset -= entry.length;
+            continue;
+        }
+        *values = entry.curve->getValues();
+        double t = koCurve::getTimeAt(*values, offset, koTolerance::NoTime);
+        if (!(t > koTolerance::CurveTimeMin && t < koTolerance::CurveTimeMax))
+            t = koCurve::getTimeAt(*values, entry.length * 0.5, koTolerance::NoTime);
+        *time = t;
+        return &entry;
+    }
+    return nullptr;
+}
+
+// Shares of the chain's length tried after the middle, in order: the golden
+// sections 1 - 1/phi, 1/phi, then 1/phi^3 and 1/phi^4 from either end.
+// Symmetric shapes put their touching points at simple fractions of a chain
+// (halves, quarters, eighths), which none of these is.
+constexpr double OtherSampleShares[] = {0.3819660112501051, 0.6180339887498949, 0.2360679774997897,
+                                        0.7639320225002103, 0.1458980337503155, 0.8541019662496845};
+
+// Whether \a point lies, within the winding tolerance, on a piece of
+// \a monos that is not one of \a own (the pieces of the sampled path).
+bool onOtherOutline(const koPoint &point, const QList<koMono *> &monos, const QList<koMono *> &own)
+{
+    const double tolerance = koTolerance::Geometric;
+    for (koMono *mono : monos) {
+        const QVector<double> &v = mono->values;
+        const auto beside = [&](int coord, double p) {
+            const auto [lo, hi] = std::minmax({v[coord], v[coord + 2], v[coord + 4], v[coord + 6]});
+            return p < lo - tolerance || p > hi + tolerance;
+        };
+        if (beside(0, point.x) || beside(1, point.y) || own.contains(mono))
+            continue;
+        if (koCurve::getTimeOf(v, point) != koTolerance::NoTime)
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 koWinding XPath::getWinding(const koPoint &point, const QList<koMono *> &monoCurves,
@@ -162,29 +213,44 @@ void XPath::propagateWinding(koSegment *segment, XPath *path1, XPath *path2,
     }
 
     // The winding of the chain is sampled at its middle, away from the
-    // crossings at its ends.
-    koWinding result;
-    double offset = totalLength * 0.5;
-    for (const ChainEntry &entry : chain) {
-        if (!(entry.length >= offset)) {
-            offset -= entry.length;
-            continue;
+    // crossings at its ends. The chain may still pass through a point where
+    // another path only touches it (a corner of one operand on an edge of the
+    // other, a tangent contact): no crossing, so no division point, but a
+    // sample there lies on both outlines, where the winding cannot tell on
+    // which side of the other path the chain runs. Such a middle gives way to
+    // the first of the other shares that lies on no other outline (kept when
+    // there is none).
+    QVector<double> values;
+    double t = 0;
+    const ChainEntry *chosen = chainSample(chain, totalLength, 0.5, &values, &t);
+    if (chosen && chosen->curve->path()) {
+        const QList<koMono *> &own = chosen->curve->path()->getMonoCurves();
+        if (onOtherOutline(koCurve::getPoint(values, t), monoCurves, own)) {
+            QVector<double> otherValues;
+            double otherTime = 0;
+            for (const double share : OtherSampleShares) {
+                const ChainEntry *entry =
+                        chainSample(chain, totalLength, share, &otherValues, &otherTime);
+                if (entry
+                    && !onOtherOutline(koCurve::getPoint(otherValues, otherTime), monoCurves,
+                                       own)) {
+                    chosen = entry;
+                    values = otherValues;
+                    t = otherTime;
+                    break;
+                }
+            }
         }
-        const QVector<double> values = entry.curve->getValues();
-        double t = koCurve::getTimeAt(values, offset, koTolerance::NoTime);
-        // Half the chain may fall on a segment, where the outline may turn
-        // back in y (a corner at the bottom of a shape) so that a ray through
-        // the point touches the path without crossing it, or where another
-        // path merely touches this one. The middle of the curve is sampled
-        // instead.
-        if (!(t > koTolerance::CurveTimeMin && t < koTolerance::CurveTimeMax))
-            t = koCurve::getTimeAt(values, entry.length * 0.5, koTolerance::NoTime);
+    }
+
+    koWinding result;
+    if (chosen) {
         const koPoint point = koCurve::getPoint(values, t);
         // Where the outline runs horizontally a horizontal ray would run
         // along it; a vertical one is used instead.
         const bool horizontal =
                 std::abs(koCurve::getTangent(values, t).y) < koTolerance::Trigonometric;
-        const koPath *owner = entry.curve->path();
+        const koPath *owner = chosen->curve->path();
         const XPath *compound = owner ? owner->parent : nullptr;
         bool outside = false;
         if (operation == OpSubtract && path2 && compound) {
@@ -197,7 +263,6 @@ void XPath::propagateWinding(koSegment *segment, XPath *path1, XPath *path2,
         }
         if (!outside)
             result = getWinding(point, monoCurves, horizontal);
-        break;
     }
 
     for (int i = chain.size() - 1; i >= 0; --i) {

@@ -180,7 +180,14 @@ public:
 
         As orientation alternates with depth, the result fills the same under
         both fill rules: the fill of the original under its own rule (m_flag).
-        Even-odd: a self-crossing star loses its centre. Non-zero: every
+        Even-odd: a self-crossing star loses its centre. Even-odd contours that
+        share stretches of outline but cross nowhere (a square drawn twice,
+        nested squares sharing a corner and two edges) are instead oriented by
+        nesting and read by the non-zero rule as below, where shared stretches
+        running against each other cancel; that reading is kept when it
+        passes the same checks as the non-zero one (a stretch drawn three or
+        more times may fail them, and the trace of every segment is taken).
+        Non-zero: every
         piece gets the winding of its chain against the path itself and only
         the outline of the non-zero fill is traced (as for unite), even
         without crossings, so that a contour drawn twice or nested inside
@@ -213,8 +220,14 @@ public:
         segment with an intersection, the end of an open path, or round to
         \a segment again) the winding and contour of the point at half the
         chain's length, measured against \a monoCurves; when that point is a
-        segment (a corner the outline may turn back at, or a point where
-        another path touches) the middle of its curve is taken. For subtraction
+        segment (a corner the outline may turn back at) the middle of its
+        curve is taken. When the point lies on another path's outline (within
+        2e-7: a corner of one operand on an edge of the other, a tangent
+        contact, where the outlines touch without a division point), the
+        chain is sampled instead at the first of its golden-section shares
+        (0.382, 0.618, 0.236, 0.764, 0.146, 0.854 of its length, each with
+        the same segment rule) that lies on no other path; when all do, the
+        middle is kept. For subtraction
         (\a operation 3 with \a path2), a chain of \a path1 inside \a path2,
         or of \a path2 outside \a path1, gets winding 0. A chain of no length
         samples its first point. Null \a segment: nothing happens.
@@ -253,6 +266,14 @@ public:
         compound path owned by the caller (delete it), or null. Curves are kept
         as curves; the result's contours are oriented clockwise outside,
         counter-clockwise for holes, and read correctly under both fill rules.
+
+        Operands are filled areas, each under its own fill rule (m_flag):
+        every open child is closed implicitly by a straight line from its end
+        to its start, as QPainterPath fills it (an open child of fewer than
+        three points, or whose points are collinear, encloses nothing). The
+        one exception is a first operand that is a single open path: it is
+        taken as a line and clipped (computeOpenBoolean()), so intersect and
+        subtract give open pieces of it and unite and exclude give null.
     */
     XPath *unite(XPath *other);
     XPath *intersect(XPath *other);
@@ -267,7 +288,10 @@ public:
         The boolean operation \a operation (an Operation) of \a path1 with
         \a path2 (null, or path1 itself: path1 alone). A first operand that is
         one open path goes to computeOpenBoolean(). Otherwise both operands are
-        prepared, divided at their crossings, every segment gets the winding
+        prepared (preparePath() without resolution, then every open child is
+        closed by a straight line, handles at its two ends dropped, the copy
+        is reduced again and its crossings resolved), divided at their
+        crossings, every segment gets the winding
         of its chain and the segments kept by the operation (winding 2 for
         intersect, 1 for the others) are traced into closed contours. Null for
         a null \a path1 or an unknown operation; an empty result is an empty
@@ -275,7 +299,8 @@ public:
     */
     static XPath *computeBoolean(XPath *path1, XPath *path2, int operation);
     /*!
-        Intersect/subtract of an open single path by a closed one: the inside
+        Intersect/subtract of an open single path by a filled one (its open
+        children closed by straight lines, as for computeBoolean()): the inside
         (intersect) or outside (subtract) pieces, each its own open path, in
         the order along the path. The path is cut at every crossing and
         overlap end; each piece lies wholly on one side and is judged by the

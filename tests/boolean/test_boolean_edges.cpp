@@ -9,6 +9,7 @@
 #include <QtCore/QtNumeric>
 #include <QtCore/QStringList>
 #include <QtGui/QPainterPath>
+#include <QtGui/QTransform>
 
 #include <cmath>
 #include <functional>
@@ -71,6 +72,8 @@ QString describe(const XPath *x)
 
 double signedArea(const XPath *x)
 {
+    if (!x)
+        return qQNaN();
     double sum = 0;
     for (koPath *child : x->children)
         sum += child->getArea(true, false);
@@ -100,6 +103,14 @@ void expectGrid(const XPath *r, const QPainterPath &a, const QPainterPath &b, co
 const int Ops[4] = {XPath::OpUnite, XPath::OpIntersect, XPath::OpSubtract, XPath::OpExclude};
 const double LensArea = 200 * std::acos(0.4) - 4 * std::sqrt(336.0); // r = 10, d = 8
 
+// A V drawn open: filled, it is the triangle closed along y = 50.
+const QPainterPath OpenV = [] {
+    QPainterPath p({-50, 50});
+    p.lineTo(50, -50);
+    p.lineTo(150, 50);
+    return p;
+}();
+
 struct Case
 {
     const char *name;
@@ -123,6 +134,45 @@ const Case Cases[] = {
      rect(5, -5, 10, 10), 100, 100, 25, {1, 1, 1, 2}},
     {"CirclesKeepCurves", circle(10, 0), circle(10, 8), M_PI * 100, M_PI * 100, LensArea,
      {1, 1, 1, 2}},
+    // An open second operand fills as if closed; its closing line crosses A.
+    {"OpenOperandFilledAsClosed", rect(0, 0, 100, 100), OpenV, 1e4, 1e4, 5e3, {1, 1, 1, 2}},
+};
+
+// A corner of one operand lies on the interior of an edge of the other and
+// the outlines only touch there: no division point, so a chain sampled at
+// that corner read the other operand as around it (intersect gave both
+// operands back). S is the square, T the triangle whose right edges pass
+// through S's right corners; rotated, mirrored, inscribed and curved forms.
+QPainterPath turned(const QPainterPath &p, double degrees, bool mirror = false)
+{
+    return QTransform().rotate(degrees).scale(mirror ? -1 : 1, 1).map(p);
+}
+const QPainterPath CornerS = rect(0, 0, 100, 100);
+const QPainterPath CornerT = poly({{50, -50}, {150, 50}, {50, 150}});
+const QPainterPath Rhombus = poly({{50, -50}, {150, 50}, {50, 150}, {-50, 50}});
+const QPainterPath Inscribed = poly({{50, 0}, {100, 50}, {50, 100}, {0, 50}});
+// T with S-shaped cubic edges, each symmetric about the corner it touches
+// (so the area is T's): outside S but at the corner.
+const QPainterPath CurvedT = [] {
+    QPainterPath p({50, -50});
+    p.cubicTo(80, -40, 120, 40, 150, 50);
+    p.cubicTo(120, 60, 80, 140, 50, 150);
+    p.closeSubpath();
+    return p;
+}();
+
+// clang-format off
+const Case CornerOnEdgeCases[] = {
+    {"SquareTriangle", CornerS, CornerT, 1e4, 1e4, 5e3, {1, 1, 1, -1}},
+    {"TriangleSquare", CornerT, CornerS, 1e4, 1e4, 5e3, {1, 1, -1, -1}},
+    {"Mirrored", turned(CornerS, 0, true), turned(CornerT, 0, true), 1e4, 1e4, 5e3, {1, 1, 1, -1}},
+    {"Rotated90", turned(CornerS, 90), turned(CornerT, 90), 1e4, 1e4, 5e3, {1, 1, 1, -1}},
+    {"Rotated30", turned(CornerS, 30), turned(CornerT, 30), 1e4, 1e4, 5e3, {1, 1, 1, -1}},
+    {"SquareInRhombus", Rhombus, CornerS, 2e4, 1e4, 1e4, {1, 1, -1, -1}},
+    {"RhombusInSquare", CornerS, Inscribed, 1e4, 5e3, 5e3, {1, 1, -1, -1}},
+    {"InscribedRhombus", turned(Inscribed, 30), turned(CornerS, 30), 5e3, 1e4, 5e3,
+     {1, 1, 0, -1}},
+    {"CurvedEdges", CornerS, CurvedT, 1e4, 1e4, 5e3, {1, 1, 1, -1}},
 };
 // clang-format on
 
@@ -141,18 +191,27 @@ TEST_P(BooleanEdges, MatchesPainterPath)
     const QRectF box = c.a.boundingRect().united(c.b.boundingRect()).adjusted(-2, -2, 2, 2);
     koStyle nonZero, evenOdd;
     evenOdd.evenOdd = true;
+    const auto curved = [](const QPainterPath &p) {
+        return p.elementCount() > 1 && p.elementAt(1).isCurveTo();
+    };
+    const bool curvedA = curved(c.a), curvedB = curved(c.b);
     for (int k = 0; k < 4; ++k) {
         SCOPED_TRACE(k);
         Result r(XPath::computeBoolean(a.get(), b.get(), Ops[k]));
         ASSERT_TRUE(r);
         EXPECT_TRUE(c.children[k] < 0 || r->children.size() == c.children[k]) << r->children.size();
         EXPECT_NEAR(signedArea(r.get()), areas[k], 2e-3 * (1 + areas[k]));
+        // Curves stay curves, straight edges straight.
         for (koPath *child : r->children)
-            EXPECT_EQ(child->hasHandles(), c.a.elementAt(1).isCurveTo());
+            EXPECT_TRUE(child->hasHandles() ? curvedA || curvedB : !(curvedA && curvedB));
         expectGrid(r.get(), c.a, c.b, box, QPointF(box.width(), box.height()) / 23,
                    QPointF(0.29, 0.37), 0.3,
                    [&](const QPointF &q) { return oracles[k].contains(q); }, {nonZero, evenOdd});
     }
+    const QList<XPath *> parts = a->divide(b.get());
+    EXPECT_NEAR(signedArea(parts.value(0)), areas[2], 2e-3 * (1 + areas[2]));
+    EXPECT_NEAR(signedArea(parts.value(1)), areas[1], 2e-3 * (1 + areas[1]));
+    qDeleteAll(parts);
     for (auto [now, before] : {std::pair{a.get(), aBefore.get()}, {b.get(), bBefore.get()}}) {
         ASSERT_EQ(now->children.size(), before->children.size());
         for (int i = 0; i < now->children.size(); ++i)
@@ -163,6 +222,8 @@ TEST_P(BooleanEdges, MatchesPainterPath)
 
 INSTANTIATE_TEST_SUITE_P(Cases, BooleanEdges, testing::ValuesIn(Cases),
                          testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(CornerOnEdgeOfOtherOperand, BooleanEdges,
+                         testing::ValuesIn(CornerOnEdgeCases), testing::PrintToStringParamName());
 
 // A cubic loops back through its start, where the other operand passes: more
 // than two branches meet. Tracing must not use up a branch that still bounds
@@ -249,12 +310,14 @@ TEST(BooleanDriver, OpenLineMinusSquare)
     }
 }
 
-// Unite and exclude of an open path, or anything with an open or no second
-// operand, is null; null, empty and NaN operands neither crash nor hang.
+// Unite and exclude of an open path, and an open path with an open or no
+// second operand, are null; null, empty, NaN, point and line operands neither
+// crash nor hang.
 TEST(BooleanDriver, TotalOnBadInput)
 {
     Result open(openPath({{-10, 5}, {20, 5}})), square(toXPath(rect(0, 0, 10, 10))),
-            empty(new XPath), nan(toXPath(poly({{0, 0}, {qQNaN(), 3}, {4, 4}})));
+            empty(new XPath), nan(toXPath(poly({{0, 0}, {qQNaN(), 3}, {4, 4}}))),
+            point(openPath({{3, 3}}));
     EXPECT_EQ(open->unite(square.get()), nullptr);
     EXPECT_EQ(open->exclude(square.get()), nullptr);
     EXPECT_EQ(open->intersect(open.get()), nullptr);
@@ -262,7 +325,8 @@ TEST(BooleanDriver, TotalOnBadInput)
     EXPECT_EQ(XPath::computeBoolean(nullptr, square.get(), XPath::OpUnite), nullptr);
     for (int op : Ops)
         for (XPath *path : {square.get(), nan.get(), empty.get()})
-            for (XPath *other : {path, empty.get(), nan.get(), square.get()})
+            for (XPath *other :
+                 {path, empty.get(), nan.get(), square.get(), open.get(), point.get()})
                 delete XPath::computeBoolean(path, other == path ? nullptr : other, op);
 }
 

@@ -293,6 +293,70 @@ TEST(BooleanOracle, DegeneratePairs)
     runFamily(QStringLiteral("degenerate"), pairs);
 }
 
+// A corner of one operand on the interior of an edge of the other, where the
+// outlines touch (or, for the circle, cross) without a crossing of two edge
+// interiors: the square S and the triangle T through S's right corners (also
+// turned and mirrored), rhombi with their corners on square edges, curved
+// edges.
+TEST(BooleanOracle, CornerOnEdgeOfOtherOperand)
+{
+    const auto polygon = [](const QVector<QPointF> &points) {
+        QPainterPath p;
+        p.addPolygon(QPolygonF(points));
+        p.closeSubpath();
+        return operand(p);
+    };
+    const auto turned = [](const Operand &o, double degrees, double sx = 1) {
+        return operand(QTransform().rotate(degrees).scale(sx, 1).map(o.path));
+    };
+    const Operand s = rect(0, 0, 100, 100), t = polygon({{50, -50}, {150, 50}, {50, 150}});
+    const Operand inscribed = polygon({{50, 0}, {100, 50}, {50, 100}, {0, 50}});
+    QPainterPath curved(QPointF(50, -50));
+    curved.cubicTo(80, -40, 120, 40, 150, 50);
+    curved.cubicTo(120, 60, 80, 140, 50, 150);
+    curved.closeSubpath();
+    const QVector<Pair> pairs = {
+            {QStringLiteral("square-triangle"), s, t},
+            {QStringLiteral("triangle-square"), t, s},
+            {QStringLiteral("rotated-200-mirrored"), turned(s, 200, -1), turned(t, 200, -1)},
+            {QStringLiteral("square-in-rhombus"),
+             polygon({{50, -50}, {150, 50}, {50, 150}, {-50, 50}}), s},
+            {QStringLiteral("rhombus-in-square"), s, inscribed},
+            {QStringLiteral("rhombus-in-square-rotated"), turned(inscribed, 30), turned(s, 30)},
+            {QStringLiteral("curved-edges"), s, operand(curved)},
+            {QStringLiteral("circle-through-corners"), s,
+             operand(ellipse(150, 50, std::sqrt(5000.0), std::sqrt(5000.0)))},
+    };
+    runFamily(QStringLiteral("corner-on-edge"), pairs);
+}
+
+// Contours of one operand that share stretches of outline without crossing:
+// nested squares sharing a corner and two edges, a square drawn twice (the
+// pathops tests named).
+TEST(BooleanOracle, EvenOddContoursSharingEdges)
+{
+    // Squares from the origin of the given sides, one contour each.
+    const auto squares = [](std::initializer_list<double> sides, bool evenOdd = true) {
+        QPainterPath p;
+        for (double side : sides)
+            p.addRect(0, 0, side, side);
+        p.setFillRule(evenOdd ? Qt::OddEvenFill : Qt::WindingFill);
+        Operand o;
+        o.path = p;
+        return o;
+    };
+    Operand apart = squares({1}, false);
+    apart.path.addRect(4, 4, 1, 1);
+    const QVector<Pair> pairs = {
+            {QStringLiteral("testOp7d"), squares({2, 1}), squares({1, 1})},
+            {QStringLiteral("testOp5d"), squares({2, 3}), squares({1, 1})},
+            {QStringLiteral("rectOp2i"), squares({1, 3}), squares({2, 2}, false)},
+            {QStringLiteral("rects1"), squares({1, 6}), squares({1, 2})},
+            {QStringLiteral("testRect2"), apart, squares({2, 6})},
+    };
+    runFamily(QStringLiteral("shared-edges"), pairs);
+}
+
 // The judge accepts Qt's boolean and rejects a wrong one; its areas and conic
 // approximation match closed forms.
 TEST(BooleanOracle, JudgeSelfCheck)

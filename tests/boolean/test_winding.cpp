@@ -136,6 +136,17 @@ TEST(XPathWinding, PropagateWinding)
     XPath::propagateWinding(top, &nested, nullptr, nested.getMonoCurves(), XPath::OpUnite);
     EXPECT_EQ(top->winding, 2);
 
+    // Half a square's outline falls on a corner, and the middle of that
+    // edge is a corner of an inscribed rhombus, which touches the square
+    // there without crossing it: another share of the chain is sampled.
+    XPath square, rhombus;
+    square.addChild(polygonPath({{0, 0}, {10, 0}, {10, 10}, {0, 10}}, true));
+    rhombus.addChild(polygonPath({{5, 0}, {10, 5}, {5, 10}, {0, 5}}, true));
+    koSegment *corner = square.getFirstChild()->segments.first();
+    XPath::propagateWinding(corner, &square, &rhombus,
+                            square.getMonoCurves() + rhombus.getMonoCurves(), XPath::OpUnite);
+    EXPECT_TRUE(corner->winding == 1 && corner->contour);
+
     // The chain ends before the next segment that carries an intersection.
     koPath *path = outer.getFirstChild();
     for (koSegment *g : path->segments)
