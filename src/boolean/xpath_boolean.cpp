@@ -7,6 +7,7 @@
 #include "boolean/koboundopt.h"
 #include "boolean/komono.h"
 #include "boolean/kostyle.h"
+#include "boolean/kowinding.h"
 #include "curve/kocurvelocation.h"
 #include "geometry/kotolerance.h"
 #include "path/kocurve.h"
@@ -37,12 +38,21 @@ void orientByNesting(const QVector<koPath *> &paths)
         koPath *path;
         double boxArea;
         double area;
+        koRect handleBox;
     };
+    koStyle evenOdd;
+    evenOdd.evenOdd = true;
     QVector<Entry> entries;
     for (koPath *path : paths) {
         if (path && path->closed && !path->isEmpty()) {
             const double boxArea = path->getBounds(koBoundOpt(), koStyle()).getArea();
-            entries.append({path, std::abs(boxArea), std::abs(path->getArea(true, false))});
+            // The box koPath::contains tests first, taken once: the nesting
+            // test below asks every larger path, and most answer no by the
+            // box alone.
+            const koRect handleBox = koPath::getHandleBounds(path->segments, evenOdd,
+                                                             koBoundOpt(true, false, false, true));
+            entries.append(
+                    {path, std::abs(boxArea), std::abs(path->getArea(true, false)), handleBox});
         }
     }
     // NaN sizes sort last, where they contain nothing.
@@ -52,8 +62,6 @@ void orientByNesting(const QVector<koPath *> &paths)
             return larger(a.boxArea, b.boxArea);
         return larger(a.area, b.area);
     });
-    koStyle evenOdd;
-    evenOdd.evenOdd = true;
     QVector<bool> clockwise(entries.size());
     for (int i = 0; i < entries.size(); ++i) {
         const koPoint inside = entries.at(i).path->getInteriorPoint(false);
@@ -61,7 +69,10 @@ void orientByNesting(const QVector<koPath *> &paths)
         // other way.
         bool outline = true;
         for (int j = i - 1; j >= 0; --j) {
-            if (entries.at(j).path->contains(inside, evenOdd)) {
+            // koPath::contains under the even-odd rule.
+            if (inside.isInside(entries.at(j).handleBox)
+                && (XPath::getWinding(inside, entries.at(j).path->getMonoCurves(), false).winding
+                    & 1) != 0) {
                 outline = !clockwise.at(j);
                 break;
             }

@@ -6,6 +6,7 @@
 #include "boolean/kostyle.h"
 #include "curve/kocurvelocation.h"
 #include "curve/koopparam.h"
+#include "geometry/koline.h"
 #include "geometry/kotolerance.h"
 #include "path/kocurve.h"
 #include "path/kopath.h"
@@ -71,6 +72,44 @@ void releaseOne(koCurveLocation *location)
             location->intersection->intersection = nullptr;
     }
     location->release();
+}
+
+// Puts the segment that divided a curve at \a point, the location's point.
+// The division evaluates the point from the curve time, which rounds even on
+// axis-parallel lines (a vertical line from y 0 to 100 split at the time of
+// y 60 may give 59.999999999999986). The point of a crossing with a line is
+// computed on the line, exact where the lines are axis-parallel, and both
+// partners carry it, so the segments of the two paths meet at one point. A
+// straight curve (\a straight, from \a start to \a end) takes the point when
+// it lies on its line; a curve takes it when its partner shares that point and
+// it lies within rounding of the evaluated one.
+void placeAtPoint(koSegment *segment, const koCurveLocation *location, bool straight,
+                  const koPoint &start, const koPoint &end)
+{
+    const koPoint &point = location->point;
+    if (!segment || !std::isfinite(point.x) || !std::isfinite(point.y))
+        return;
+    if (segment->point.x == point.x && segment->point.y == point.y)
+        return;
+    const double tol = koTolerance::Geometric;
+    bool take = false;
+    if (straight) {
+        const bool within = point.x >= std::min(start.x, end.x) - tol
+                && point.x <= std::max(start.x, end.x) + tol
+                && point.y >= std::min(start.y, end.y) - tol
+                && point.y <= std::max(start.y, end.y) + tol;
+        take = within
+                && std::abs(koLine::getSignedDistance(start.x, start.y, end.x, end.y, point.x,
+                                                      point.y, false))
+                        <= tol;
+    } else {
+        const koCurveLocation *partner = location->intersection;
+        take = partner && partner->point.x == point.x && partner->point.y == point.y
+                && std::abs(segment->point.x - point.x) <= tol
+                && std::abs(segment->point.y - point.y) <= tol;
+    }
+    if (take)
+        segment->setPoint(point);
 }
 
 // Candidate pairs by a sweep over the x ranges of the curves' control boxes
@@ -338,9 +377,13 @@ QList<koCurveLocation *> XPath::divideLocations(const QList<koCurveLocation *> &
         } else if (t > koTolerance::CurveTimeMax) {
             segment = curve->segment2();
         } else {
+            // The ends before the division moves the second one.
+            const koPoint lineStart = curve->segment1()->point;
+            const koPoint lineEnd = curve->segment2()->point;
             koCurve *newCurve = curve->divideAtTime(t, true);
             if (!newCurve)
                 continue;
+            placeAtPoint(newCurve->segment1(), location, noHandles, lineStart, lineEnd);
             if (noHandles)
                 clearCurves << curve << newCurve;
             if (prevLocation && prevLocation->time == 1.0) {
@@ -365,7 +408,10 @@ QList<koCurveLocation *> XPath::divideLocations(const QList<koCurveLocation *> &
             segment->setIntersection(dest);
         } else {
             linkIntersections(inter, dest);
-            koCurveLocation *other = inter;
+            // A chain corrupted into a cycle has no start: every link below
+            // would end in chainStart(inter) and change nothing, after two
+            // bounded walks each (millions of steps per location).
+            koCurveLocation *other = chainStart(inter) ? inter : nullptr;
             for (int step = 0; other && step < ChainWalkLimit; ++step) {
                 linkIntersections(other->intersection, inter);
                 other = other->next;

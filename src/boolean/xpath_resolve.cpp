@@ -4,6 +4,7 @@
 
 #include "boolean/koboundopt.h"
 #include "boolean/kostyle.h"
+#include "boolean/kowinding.h"
 #include "curve/kocurvelocation.h"
 #include "geometry/kotolerance.h"
 #include "path/kocurve.h"
@@ -183,16 +184,25 @@ QVector<koPath *> orientByNesting(const QVector<koPath *> &paths)
         // The mark of a contour is +1 clockwise, -1 otherwise; once settled
         // it is the orientation the contour is given.
         QVector<int> marks(keyed.size());
+        // The box of points and handles that koPath::contains tests first,
+        // taken once: the nesting test below asks every larger contour, and
+        // most answer no by the box alone.
+        QVector<koRect> handleBoxes(keyed.size());
         for (int i = 0; i < keyed.size(); ++i) {
             closed[i] = keyed.at(i).second;
             marks[i] = closed.at(i)->isClockwise() ? 1 : -1;
+            handleBoxes[i] = koPath::getHandleBounds(closed.at(i)->segments, koStyle(),
+                                                     koBoundOpt(true, false, false, true));
         }
         for (int i = 1; i < closed.size(); ++i) {
             koPath *path = closed.at(i);
             const koPoint inside = path->getInteriorPoint(false);
             int mark = marks.first();
             for (int j = i - 1; j >= 0; --j) {
-                if (closed.at(j)->contains(inside, koStyle())) {
+                // koPath::contains under the non-zero rule.
+                if (inside.isInside(handleBoxes.at(j))
+                    && XPath::getWinding(inside, closed.at(j)->getMonoCurves(), false).winding
+                            != 0) {
                     mark = -marks.at(j);
                     break;
                 }

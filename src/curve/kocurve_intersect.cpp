@@ -624,8 +624,10 @@ void koCurve::addCurveLineIntersections(const QVector<double> &v1, const QVector
         const double t2 = flip ? tc : tl;
         if (param.excludeEnd && t2 <= koTolerance::CurveTimeMin)
             continue;
-        addLocation(locations, param, v1, c1, t1, flip ? pl : pc, v2, c2, t2, flip ? pc : pl,
-                    false);
+        // Both locations carry the point on the line (within rounding of
+        // the curve's point): the division puts both new segments there, so
+        // the pieces of the two paths meet at one point.
+        addLocation(locations, param, v1, c1, t1, pl, v2, c2, t2, pl, false);
     }
 }
 
@@ -634,10 +636,21 @@ void koCurve::addLineIntersection(const QVector<double> &v1, const QVector<doubl
 {
     if (v1.size() < 8 || v2.size() < 8)
         return;
-    const koPoint point =
+    koPoint point =
             koLine::intersect(v1[0], v1[1], v1[6], v1[7], v2[0], v2[1], v2[6], v2[7], false, false);
     if (point.isNaN())
         return;
+    // A line parallel to an axis fixes one coordinate of the crossing exactly;
+    // the parametric point p + v * u rounds it (0.3 * 100 is not 30), and the
+    // division puts the new segments at this point.
+    if (v1[0] == v1[6])
+        point.x = v1[0];
+    else if (v2[0] == v2[6])
+        point.x = v2[0];
+    if (v1[1] == v1[7])
+        point.y = v1[1];
+    else if (v2[1] == v2[7])
+        point.y = v2[1];
     addLocation(locations, param, v1, c1, NoTime, point, v2, c2, NoTime, point, false);
 }
 

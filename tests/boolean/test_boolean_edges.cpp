@@ -353,4 +353,45 @@ TEST(BooleanTrace, ZeroAreaTriangleDropped)
     }
 }
 
+// Crossings of straight edges were placed by evaluating the curve time, so
+// rectangles with integer corners united to points such as 60.00000000000001.
+// Axis-parallel crossings are exact now; where a curve meets an edge the
+// point stays on the edge and the area stays right.
+TEST(BooleanDivide, RectanglesCrossAtExactPoints)
+{
+    quint32 seed = 7;
+    const auto next = [&seed](int n) {
+        seed = seed * 1664525u + 1013904223u;
+        return int((seed >> 8) % quint32(n));
+    };
+    for (int i = 0; i < 60; ++i) {
+        const QPainterPath a =
+                i == 0 ? rect(0, 0, 60, 100) : rect(next(90), next(90), 1 + next(90), 1 + next(90));
+        const QPainterPath b = i == 0 ? rect(30, 30, 100, 30)
+                                      : rect(next(90), next(90), 1 + next(90), 1 + next(90));
+        Result xa(toXPath(a)), xb(toXPath(b));
+        for (int op : {XPath::OpUnite, XPath::OpIntersect}) {
+            Result r(XPath::computeBoolean(xa.get(), xb.get(), op));
+            ASSERT_TRUE(r);
+            for (koPath *child : r->children)
+                for (koSegment *s : child->segments)
+                    EXPECT_TRUE(s->point.x == std::round(s->point.x)
+                                && s->point.y == std::round(s->point.y))
+                            << hexf(s->point.x) << ", " << hexf(s->point.y) << " op " << op
+                            << " in " << describe(r.get()).toStdString();
+        }
+    }
+    // A strip |x| <= 5 cut from a circle of radius 10.
+    Result strip(toXPath(rect(-5, -20, 10, 40))), disc(toXPath(circle(10, 0)));
+    Result r(XPath::computeBoolean(strip.get(), disc.get(), XPath::OpIntersect));
+    ASSERT_TRUE(r);
+    const double area = 2 * (5 * std::sqrt(75.0) + 100 * std::asin(0.5));
+    EXPECT_NEAR(std::abs(signedArea(r.get())), area, 2e-3 * area);
+    int onEdges = 0;
+    for (koPath *child : r->children)
+        for (koSegment *s : child->segments)
+            onEdges += std::abs(s->point.x) == 5;
+    EXPECT_EQ(onEdges, 4) << describe(r.get()).toStdString();
+}
+
 } // namespace
