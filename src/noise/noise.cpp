@@ -128,11 +128,9 @@ float Noise::interpolateNoise_2D(float x, float y)
     const float s10 = smoothNoise_2D(i + 1, j);
     const float s01 = smoothNoise_2D(i, j + 1);
     const float s11 = smoothNoise_2D(i + 1, j + 1);
-    const float fx = (1.0f - std::cos((x - i) * PiF)) * 0.5f;
-    const float fy = (1.0f - std::cos((y - j) * PiF)) * 0.5f;
-    const float top = s00 * (1.0f - fx) + s10 * fx;
-    const float bottom = s01 * (1.0f - fx) + s11 * fx;
-    return top * (1.0f - fy) + bottom * fy;
+    const float top = cosineInterpolate_1D(s00, s10, x - i);
+    const float bottom = cosineInterpolate_1D(s01, s11, x - i);
+    return cosineInterpolate_1D(top, bottom, y - j);
 }
 
 float Noise::perlinNoise_1D(float x)

@@ -1,5 +1,7 @@
 #include "rvpath/rvcurve.h"
 
+#include "rvpath/rvvector_p.h"
+
 #include <cmath>
 
 namespace {
@@ -15,9 +17,32 @@ constexpr double FarAway = 1e10;
 // getstep() answers only for a walk point closer than this (Manhattan).
 constexpr double StepReach = 4.0;
 
-double length(const QPointF &a, const QPointF &b)
+// The cursor of the walk point whose squared distance from \a origin best
+// matches d * d, among points whose Manhattan distance from it lies strictly
+// between d and 2d; -1 when none does. The walk restarts at p0 (passed over
+// when \a skipStart) and goes on from the stepping state the last walk left.
+int pointAtDistance(RVCurve &curve, const QPointF &origin, double d, bool skipStart)
 {
-    return std::hypot(b.x() - a.x(), b.y() - a.y());
+    curve.cursor = curve.steps;
+    int best = -1;
+    double bestError = FarAway;
+    double qx, qy;
+    if (skipStart)
+        curve.vertex(&qx, &qy);
+    const double d2Wanted = d * d;
+    while (curve.vertex(&qx, &qy)) {
+        const double dx = qx - origin.x();
+        const double dy = qy - origin.y();
+        const double m = std::abs(dx) + std::abs(dy);
+        if (d < m && m < 2 * d) {
+            const double e = std::abs(dx * dx + dy * dy - d2Wanted);
+            if (e < bestError) {
+                bestError = e;
+                best = curve.cursor;
+            }
+        }
+    }
+    return best;
 }
 
 } // namespace
@@ -37,7 +62,8 @@ void RVCurve::init(const QPointF &start, const QPointF &control1, const QPointF 
     c1 = control1;
     c2 = control2;
 
-    const double polygon = length(p0, c1) + length(c1, c2) + length(c2, p3);
+    using rvVector::length;
+    const double polygon = length(c1 - p0) + length(c2 - c1) + length(p3 - c2);
     const double wanted = polygon * density;
     int n = MinSteps;
     if (wanted >= MaxSteps)
@@ -184,45 +210,10 @@ bool RVCurve::splitcurve(QPointF *left, QPointF *right, double x, double y)
 
 int RVCurve::frontPtAtDist(double d)
 {
-    cursor = steps;
-    int best = -1;
-    double bestError = FarAway;
-    double qx, qy;
-    vertex(&qx, &qy); // p0 itself
-    const double d2Wanted = d * d;
-    while (vertex(&qx, &qy)) {
-        const double dx = qx - p0.x();
-        const double dy = qy - p0.y();
-        const double m = std::abs(dx) + std::abs(dy);
-        if (d < m && m < 2 * d) {
-            const double e = std::abs(dx * dx + dy * dy - d2Wanted);
-            if (e < bestError) {
-                bestError = e;
-                best = cursor;
-            }
-        }
-    }
-    return best;
+    return pointAtDistance(*this, p0, d, true);
 }
 
 int RVCurve::backPtAtDist(double d)
 {
-    cursor = steps;
-    int best = -1;
-    double bestError = FarAway;
-    double qx, qy;
-    const double d2Wanted = d * d;
-    while (vertex(&qx, &qy)) {
-        const double dx = qx - p3.x();
-        const double dy = qy - p3.y();
-        const double m = std::abs(dx) + std::abs(dy);
-        if (d < m && m < 2 * d) {
-            const double e = std::abs(dx * dx + dy * dy - d2Wanted);
-            if (e < bestError) {
-                bestError = e;
-                best = cursor;
-            }
-        }
-    }
-    return best;
+    return pointAtDistance(*this, p3, d, false);
 }

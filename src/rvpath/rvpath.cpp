@@ -2,6 +2,7 @@
 
 #include "geometry/kobezier.h"
 #include "geometry/kotolerance.h"
+#include "rvpath/rvvector_p.h"
 
 #include <QtGui/QPainterPath>
 
@@ -15,20 +16,13 @@ namespace {
 // odd values up to the next even one.
 constexpr double WholeFrom = 4503599627370496.0;
 
-inline RVPathElement element(double x, double y, int type)
-{
-    RVPathElement e;
-    e.x = x;
-    e.y = y;
-    e.type = type;
-    return e;
-}
+using rvVector::element;
+using rvVector::pointOf;
 
-// The unit nearness of building: strict and per axis, so NaN is never near.
+// The unit nearness of building.
 inline bool isNear(const RVPathElement &e, double x, double y)
 {
-    return std::fabs(e.x - x) < koTolerance::RVNearness
-            && std::fabs(e.y - y) < koTolerance::RVNearness;
+    return rvVector::isNear(pointOf(e), QPointF(x, y));
 }
 
 // Ellipses need a rect of some width and height; below the numeric zero the
@@ -412,12 +406,12 @@ int RVPath::getOpenedStart(QPointF &p0, QPointF &p1, int &index) const
         if (e.type == RVPathElement::MoveTo) {
             if (m != -1) {
                 const RVPathElement &next = m_elements.at(m + 1);
-                p1 = QPointF(next.x, next.y);
+                p1 = pointOf(next);
                 index = i;
                 return m;
             }
             m = i;
-            p0 = QPointF(e.x, e.y);
+            p0 = pointOf(e);
         } else if (e.type == RVPathElement::Close) {
             m = -1;
         }
@@ -425,7 +419,7 @@ int RVPath::getOpenedStart(QPointF &p0, QPointF &p1, int &index) const
     if (m == -1 || m >= n - 1)
         return -1;
     const RVPathElement &next = m_elements.at(m + 1);
-    p1 = QPointF(next.x, next.y);
+    p1 = pointOf(next);
     return m;
 }
 
@@ -440,8 +434,8 @@ int RVPath::getOpenedEnd(QPointF &pBefore, QPointF &pEnd, int &index, int &start
         if (e.type == RVPathElement::MoveTo) {
             if (startIndex != -1) {
                 if (i > 1) {
-                    pBefore = QPointF(m_elements.at(i - 2).x, m_elements.at(i - 2).y);
-                    pEnd = QPointF(m_elements.at(i - 1).x, m_elements.at(i - 1).y);
+                    pBefore = pointOf(m_elements.at(i - 2));
+                    pEnd = pointOf(m_elements.at(i - 1));
                 }
                 index = i;
                 return i - 1;
@@ -453,8 +447,8 @@ int RVPath::getOpenedEnd(QPointF &pBefore, QPointF &pEnd, int &index, int &start
     }
     if (startIndex == -1 || n < 2)
         return -1;
-    pBefore = QPointF(m_elements.at(n - 2).x, m_elements.at(n - 2).y);
-    pEnd = QPointF(m_elements.at(n - 1).x, m_elements.at(n - 1).y);
+    pBefore = pointOf(m_elements.at(n - 2));
+    pEnd = pointOf(m_elements.at(n - 1));
     index = n;
     return n - 1;
 }

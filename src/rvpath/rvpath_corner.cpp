@@ -2,6 +2,7 @@
 
 #include "geometry/kotolerance.h"
 #include "path/kocurve.h"
+#include "rvpath/rvvector_p.h"
 
 #include <QtCore/QtNumeric>
 
@@ -18,25 +19,11 @@ constexpr double HandleFactor = 0.448;
 // Where the bridge meets a curved segment its handle is longer by this, so
 // that the bridge follows the curve's bend into the corner.
 constexpr double CurveHandleFactor = 1.5;
-// Components of cut and handle vectors below this are zero, so that cuts and
-// handles along axis-parallel segments stay exactly on the axis.
-constexpr double SmallComponent = 0.01;
 
 const double Pi = std::acos(-1.0);
 
-bool isFinite(const koPoint &p)
-{
-    return qIsFinite(p.x) && qIsFinite(p.y);
-}
-
-koPoint cleaned(koPoint v)
-{
-    if (std::abs(v.x) < SmallComponent)
-        v.x = 0;
-    if (std::abs(v.y) < SmallComponent)
-        v.y = 0;
-    return v;
-}
+using rvVector::isFinite;
+using rvVector::snapped;
 
 koPoint pointOf(const RVPathElement &e)
 {
@@ -174,8 +161,8 @@ public:
                 const double hIn = cut * HandleFactor * (s.curved ? CurveHandleFactor : 1);
                 const double hOut =
                         cut * HandleFactor * (segs.at(k).curved ? CurveHandleFactor : 1);
-                append(current + cleaned(p.tout * hIn), RVPathElement::CurveTo);
-                append(next.p0 - cleaned(next.tin * hOut), RVPathElement::CurveData);
+                append(current + snapped(p.tout * hIn), RVPathElement::CurveTo);
+                append(next.p0 - snapped(next.tin * hOut), RVPathElement::CurveData);
                 append(next.p0, RVPathElement::CurveData);
                 current = next.p0;
             }
@@ -223,11 +210,9 @@ private:
         if (!(startCut > 0 || endCut > 0))
             return p;
         if (!s.curve) {
-            // Along the line by cosine and sine of its direction.
-            const double angle = std::atan2(s.p1.y - s.p0.y, s.p1.x - s.p0.x);
-            const koPoint dir(std::cos(angle), std::sin(angle));
-            p.p0 = s.p0 + cleaned(dir * startCut);
-            p.p1 = s.p1 - cleaned(dir * endCut);
+            const koPoint dir(rvVector::direction(s.p0.toPt(), s.p1.toPt()));
+            p.p0 = s.p0 + snapped(dir * startCut);
+            p.p1 = s.p1 - snapped(dir * endCut);
             p.tin = p.tout = dir;
             return p;
         }
@@ -263,14 +248,7 @@ private:
         return p;
     }
 
-    void append(const koPoint &p, int type)
-    {
-        RVPathElement e;
-        e.x = p.x;
-        e.y = p.y;
-        e.type = type;
-        m_out.append(e);
-    }
+    void append(const koPoint &p, int type) { m_out.append(rvVector::element(p.x, p.y, type)); }
 
     const QVector<RVPathElement> &m_src;
     QVector<RVPathElement> &m_out;

@@ -3,6 +3,7 @@
 
 #include "path/kocurve.h"
 #include "rvpath/rvpath.h"
+#include "rvpath/rvvector_p.h"
 
 #include <QtCore/QVector>
 
@@ -11,15 +12,7 @@
 namespace {
 
 using Element = RVPathElement;
-
-// Components of a line cut below this are dropped, so that a nearly axis-
-// parallel line keeps its start or end exactly on the axis.
-constexpr double CutSnap = 0.01;
-
-QPointF pointOf(const Element &e)
-{
-    return QPointF(e.x, e.y);
-}
+using rvVector::pointOf;
 
 void setPoint(Element &e, double x, double y)
 {
@@ -43,20 +36,6 @@ int subpathEnd(const QVector<Element> &elements, int moveTo)
     return elements.size();
 }
 
-// The vector of length \a length from \a from towards \a to, each component
-// snapped to 0 below CutSnap.
-QPointF cutVector(const QPointF &from, const QPointF &to, double length)
-{
-    const double angle = std::atan2(to.y() - from.y(), to.x() - from.x());
-    double dx = std::cos(angle) * length;
-    double dy = std::sin(angle) * length;
-    if (std::abs(dx) < CutSnap)
-        dx = 0;
-    if (std::abs(dy) < CutSnap)
-        dy = 0;
-    return QPointF(dx, dy);
-}
-
 // The curve values of the cubic whose triple starts at element i (its start is
 // element i - 1), or an empty vector when the triple is incomplete.
 QVector<double> cubicAt(const QVector<Element> &elements, int i)
@@ -78,6 +57,57 @@ bool continuesAfter(const QVector<Element> &elements, int i)
     return i + 1 < elements.size() && elements.at(i + 1).type != Element::MoveTo;
 }
 
+// What cutting one end segment did: the segment was shortened, it is not
+// longer than the cut (the caller drops it), or it could not be measured
+// (nothing changes).
+enum class Cut { Shortened, Drop, Refused };
+
+// Moves the end point \a tipAt of a line by \a cut towards its other end
+// \a towards, recording the uncut tip; the components of the move are
+// snapped, so that a nearly axis-parallel line keeps its end on the axis.
+Cut cutLine(QVector<Element> &elements, int tipAt, const QPointF &towards, double cut)
+{
+    const QPointF tip = pointOf(elements.at(tipAt));
+    const double segment = rvVector::length(towards - tip);
+    if (!qIsFinite(segment))
+        return Cut::Refused;
+    if (!(cut < segment))
+        return Cut::Drop;
+    const QPointF d = rvVector::snapped(rvVector::direction(tip, towards) * cut);
+    Element &e = elements[tipAt];
+    setPoint(e, tip.x() + d.x(), tip.y() + d.y());
+    setHead(e, tip);
+    return Cut::Shortened;
+}
+
+// Cuts the cubic whose triple starts at element \a i by the arc length
+// \a cut at its start (\a atStart) or its end. The part that stays is
+// written back; its far end is the old point, kept as it is.
+Cut cutCubic(QVector<Element> &elements, int i, double cut, bool atStart)
+{
+    const QVector<double> values = cubicAt(elements, i);
+    if (values.isEmpty())
+        return Cut::Refused;
+    const double segment = koCurve::getLength(values);
+    if (!qIsFinite(segment))
+        return Cut::Refused;
+    if (!(cut < segment))
+        return Cut::Drop;
+    // From the start forward, or back from the end.
+    const double t =
+            atStart ? koCurve::getTimeAt(values, cut, 0) : koCurve::getTimeAt(values, -cut, 1);
+    if (!(t >= 0 && t <= 1))
+        return Cut::Refused;
+    const QVector<double> kept = koCurve::subdivide(values, t).at(atStart ? 1 : 0);
+    const int tipAt = atStart ? i - 1 : i + 2;
+    const QPointF tip = pointOf(elements.at(tipAt));
+    // Elements i - 1 .. i + 2 hold the cubic's four points.
+    for (int k = atStart ? 0 : 1; k < (atStart ? 3 : 4); ++k)
+        setPoint(elements[i - 1 + k], kept.at(2 * k), kept.at(2 * k + 1));
+    setHead(elements[tipAt], tip);
+    return Cut::Shortened;
+}
+
 /*
     Cuts the open subpath whose move-to is element \a m back by \a length at
     its start. A first segment not longer than \a length is dropped: its end
@@ -90,44 +120,19 @@ bool cutStart(QVector<Element> &elements, int m, double length)
         return false;
     const QPointF tip = pointOf(elements.at(m));
     const int kind = elements.at(m + 1).type;
+    Cut cut;
     int last; // the last element of the first segment
     if (kind == Element::LineTo) {
-        const QPointF p1 = pointOf(elements.at(m + 1));
-        const double segment = std::hypot(p1.x() - tip.x(), p1.y() - tip.y());
-        if (!qIsFinite(segment))
-            return false;
-        if (length < segment) {
-            const QPointF d = cutVector(tip, p1, length);
-            Element &first = elements[m];
-            setPoint(first, tip.x() + d.x(), tip.y() + d.y());
-            setHead(first, tip);
-            return false;
-        }
+        cut = cutLine(elements, m, pointOf(elements.at(m + 1)), length);
         last = m + 1;
     } else if (kind == Element::CurveTo) {
-        const QVector<double> values = cubicAt(elements, m + 1);
-        if (values.isEmpty())
-            return false;
-        const double segment = koCurve::getLength(values);
-        if (!qIsFinite(segment))
-            return false;
-        if (length < segment) {
-            const double t = koCurve::getTimeAt(values, length, 0);
-            if (!(t >= 0 && t <= 1))
-                return false;
-            // The part after t; its end point is the old end, kept as it is.
-            const QVector<double> right = koCurve::subdivide(values, t).at(1);
-            Element &first = elements[m];
-            setPoint(first, right.at(0), right.at(1));
-            setHead(first, tip);
-            setPoint(elements[m + 1], right.at(2), right.at(3));
-            setPoint(elements[m + 2], right.at(4), right.at(5));
-            return false;
-        }
+        cut = cutCubic(elements, m + 1, length, true);
         last = m + 3;
     } else {
         return false; // a lone move-to or stray data: nothing to cut
     }
+    if (cut != Cut::Drop)
+        return false;
     if (!continuesAfter(elements, last)) {
         elements.remove(m, last - m + 1);
         return true;
@@ -151,44 +156,19 @@ bool cutEnd(QVector<Element> &elements, int s, int last, double length)
     if (last <= s || last >= elements.size())
         return false;
     const QPointF tip = pointOf(elements.at(last));
+    Cut cut;
     int first; // the element before the last segment, holding its start
     if (elements.at(last).type == Element::LineTo) {
-        const QPointF before = pointOf(elements.at(last - 1));
-        const double segment = std::hypot(tip.x() - before.x(), tip.y() - before.y());
-        if (!qIsFinite(segment))
-            return false;
-        if (length < segment) {
-            const QPointF d = cutVector(tip, before, length);
-            Element &end = elements[last];
-            setPoint(end, tip.x() + d.x(), tip.y() + d.y());
-            setHead(end, tip);
-            return false;
-        }
+        cut = cutLine(elements, last, pointOf(elements.at(last - 1)), length);
         first = last - 1;
     } else if (elements.at(last).type == Element::CurveData && last - 3 >= s) {
-        const QVector<double> values = cubicAt(elements, last - 2);
-        if (values.isEmpty())
-            return false;
-        const double segment = koCurve::getLength(values);
-        if (!qIsFinite(segment))
-            return false;
-        if (length < segment) {
-            // Walking back from the end by the length.
-            const double t = koCurve::getTimeAt(values, -length, 1);
-            if (!(t >= 0 && t <= 1))
-                return false;
-            const QVector<double> left = koCurve::subdivide(values, t).at(0);
-            setPoint(elements[last - 2], left.at(2), left.at(3));
-            setPoint(elements[last - 1], left.at(4), left.at(5));
-            Element &end = elements[last];
-            setPoint(end, left.at(6), left.at(7));
-            setHead(end, tip);
-            return false;
-        }
+        cut = cutCubic(elements, last - 2, length, false);
         first = last - 3;
     } else {
         return false;
     }
+    if (cut != Cut::Drop)
+        return false;
     if (first == s) {
         elements.remove(s, last - s + 1);
         return true;
@@ -202,32 +182,27 @@ bool cutEnd(QVector<Element> &elements, int s, int last, double length)
 
 void RVPath::setLineHead(double startLength, double endLength)
 {
-    // Each round handles one subpath and either removes it or moves past
-    // it, so the element count bounds the rounds; the guard only makes that
-    // explicit.
-    if (startLength > 0) {
+    // Each round handles one open subpath and either removes it or moves
+    // past it, so the element count bounds the rounds; the guard only makes
+    // that explicit.
+    const auto cutAll = [this](bool atStart, double length) {
         int index = 0;
         for (int guard = m_elements.size() + 1; guard > 0; --guard) {
-            QPointF p0, p1;
-            int scan = index;
-            const int m = getOpenedStart(p0, p1, scan);
-            if (m < 0)
-                break;
-            const bool removed = cutStart(m_elements, m, startLength);
-            index = removed ? m : subpathEnd(m_elements, m);
-        }
-    }
-    if (endLength > 0) {
-        int index = 0;
-        for (int guard = m_elements.size() + 1; guard > 0; --guard) {
-            QPointF before, end;
+            QPointF a, b;
             int scan = index;
             int start = -1;
-            const int last = getOpenedEnd(before, end, scan, start);
+            const int last = atStart ? 0 : getOpenedEnd(a, b, scan, start);
+            if (atStart)
+                start = getOpenedStart(a, b, scan);
             if (last < 0 || start < 0)
                 break;
-            const bool removed = cutEnd(m_elements, start, last, endLength);
+            const bool removed = atStart ? cutStart(m_elements, start, length)
+                                         : cutEnd(m_elements, start, last, length);
             index = removed ? start : subpathEnd(m_elements, start);
         }
-    }
+    };
+    if (startLength > 0)
+        cutAll(true, startLength);
+    if (endLength > 0)
+        cutAll(false, endLength);
 }

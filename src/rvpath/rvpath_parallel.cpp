@@ -3,6 +3,7 @@
 #include "geometry/koline.h"
 #include "geometry/kotolerance.h"
 #include "path/kocurve.h"
+#include "rvpath/rvvector_p.h"
 
 #include <QtCore/QtNumeric>
 
@@ -19,10 +20,7 @@ constexpr int FallbackCurveSamples = 32;
 // Hard cap on the chords of one curve, so that a tiny step cannot stall.
 constexpr int MaxCurveSamples = 10000;
 
-bool isFinite(const koPoint &p)
-{
-    return qIsFinite(p.x) && qIsFinite(p.y);
-}
+using rvVector::isFinite;
 
 // One chord of the raw offset outline. a/b are the offset ends (moved by
 // the joins), dir the source chord it was offset from (the direction of

@@ -15,6 +15,7 @@
 #include "path/kopath.h"
 #include "path/kosegment.h"
 #include "path/xpath.h"
+#include "rvpath/rvvector_p.h"
 
 #include <QtCore/QtNumeric>
 #include <QtGui/QTransform>
@@ -23,6 +24,9 @@
 #include <cmath>
 
 namespace {
+
+using rvVector::isFinite;
+using rvVector::length;
 
 // Sampling of a curved piece stops this close to its end (the end itself is
 // the last sample).
@@ -74,26 +78,10 @@ inline double dot(const QPointF &a, const QPointF &b)
     return a.x() * b.x() + a.y() * b.y();
 }
 
-inline double length(const QPointF &v)
-{
-    return std::hypot(v.x(), v.y());
-}
-
 inline QPointF unit(const QPointF &v)
 {
     const double l = length(v);
     return l > 0 ? v / l : QPointF();
-}
-
-inline bool isFinite(const QPointF &p)
-{
-    return qIsFinite(p.x()) && qIsFinite(p.y());
-}
-
-inline bool near(const QPointF &a, const QPointF &b)
-{
-    return std::abs(a.x() - b.x()) < koTolerance::RVNearness
-            && std::abs(a.y() - b.y()) < koTolerance::RVNearness;
 }
 
 // Offset direction of side k for the unit tangent t: side 0 lies at
@@ -248,7 +236,7 @@ QVector<Node> compact(const QVector<Node> &seq)
     out.reserve(seq.size());
     for (int j = 0; j < seq.size(); ++j) {
         const Node &node = seq.at(j);
-        if (out.isEmpty() || node.kind == Node::Arc || !near(out.last().p, node.p)) {
+        if (out.isEmpty() || node.kind == Node::Arc || !rvVector::isNear(out.last().p, node.p)) {
             out.append(node);
         } else if (j + 1 == seq.size()) {
             if (out.size() > 1) {
@@ -262,15 +250,6 @@ QVector<Node> compact(const QVector<Node> &seq)
         }
     }
     return out;
-}
-
-void appendLine(RVPath &path, const QPointF &p)
-{
-    RVPathElement e;
-    e.x = p.x();
-    e.y = p.y();
-    e.type = RVPathElement::LineTo;
-    path.appendElement(e);
 }
 
 // Writes a side as a subpath of \a path (move-to its first node).
@@ -293,7 +272,7 @@ void emitSide(RVPath &path, const QVector<Node> &seq)
             const double d = length(chord) / 3;
             path.cubicTo(a.p + d * a.tangent, b.p - d * b.tangent, b.p);
         } else {
-            appendLine(path, b.p);
+            path.appendElement(rvVector::element(b.p.x(), b.p.y(), RVPathElement::LineTo));
         }
     }
 }

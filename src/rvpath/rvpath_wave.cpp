@@ -9,6 +9,7 @@
 #include "path/kopath.h"
 #include "path/kosegment.h"
 #include "path/xpath.h"
+#include "rvpath/rvvector_p.h"
 
 #include <QtCore/QtNumeric>
 
@@ -83,7 +84,7 @@ private:
     {
         *point = koCurve::getPoint(values, t).toPt();
         *tangent = koCurve::getTangent(values, t).toPt();
-        return qIsFinite(point->x()) && qIsFinite(point->y());
+        return rvVector::isFinite(*point);
     }
 
     QVector<Entry> m_entries;
@@ -96,7 +97,7 @@ private:
 // tangent is unknown, so that such points stay on the path.
 inline QPointF side(const QPointF &t)
 {
-    if (!(qIsFinite(t.x()) && qIsFinite(t.y())))
+    if (!rvVector::isFinite(t))
         return QPointF();
     return QPointF(t.y(), -t.x());
 }

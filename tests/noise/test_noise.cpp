@@ -34,7 +34,6 @@ float cosineOracle(float a, float b, float t)
 
 TEST(Noise, HashMatchesIntegerFormulaAndKoNumeric)
 {
-    EXPECT_EQ(Noise::intNoise_1D(0), 1.0f - float(1376312589) * 9.313226e-10f);
     const int big = std::numeric_limits<int>::max(), small = std::numeric_limits<int>::min();
     for (int x : {0, 1, -1, 57, -77777, 123456789, big, small}) {
         EXPECT_EQ(Noise::intNoise_1D(x), hashOracle(x)) << x;

@@ -6,9 +6,11 @@
 
 #include "geometry/geometrytest.h"
 #include "rvpath/rvpath.h"
+#include "testglyphs.h"
 
 #include <QtCore/QLineF>
 #include <QtGui/QPainterPath>
+#include <QtGui/QTransform>
 
 #include <algorithm>
 #include <cmath>
@@ -50,13 +52,64 @@ inline std::string describe(const RVPath &path)
     return text + "\n}";
 }
 
-// Number of subpaths (move-tos).
-inline int subpathCount(const RVPath &path)
+inline RVPath circle(double cx, double cy, double r)
+{
+    RVPath path;
+    path.ellipse(QRectF(cx - r, cy - r, 2 * r, 2 * r));
+    return path;
+}
+
+inline int countType(const RVPath &path, int type)
 {
     int n = 0;
     for (const RVPathElement &e : path.elements())
-        n += e.type == RVPathElement::MoveTo;
+        n += e.type == type;
     return n;
+}
+
+// Number of subpaths (move-tos).
+inline int subpathCount(const RVPath &path)
+{
+    return countType(path, RVPathElement::MoveTo);
+}
+
+inline QPointF pointAt(const RVPath &path, int i)
+{
+    return QPointF(path.elementAt(i).x, path.elementAt(i).y);
+}
+
+// The turning angle at every junction of two drawn segments, closing
+// junctions included, from the segments' own end directions.
+inline QVector<double> junctionTurns(const RVPath &path)
+{
+    QVector<double> turns;
+    QVector<QPair<QPointF, QPointF>> sub; // (start, end) direction per segment
+    QPointF cur;
+    const auto dir = [](QPointF a, QPointF b, QPointF c) {
+        return !a.isNull() ? a : !b.isNull() ? b : c;
+    };
+    const auto angle = [](QPointF a, QPointF b) {
+        return std::abs(std::atan2(a.x() * b.y() - a.y() * b.x(), QPointF::dotProduct(a, b)));
+    };
+    for (int i = 0; i <= path.elementCount(); ++i) {
+        const RVPathElement e = i < path.elementCount() ? path.elementAt(i) : el(0, 0, E::MoveTo);
+        const QPointF p(e.x, e.y);
+        if (e.type == E::MoveTo || e.type == E::Close) {
+            for (int k = 0; k + 1 < sub.size() + (e.type == E::Close); ++k)
+                turns.append(angle(sub[k].second, sub[(k + 1) % sub.size()].first));
+            sub.clear();
+        } else if (e.type == E::LineTo && p != cur) {
+            sub.append({p - cur, p - cur});
+        } else if (e.type == E::CurveTo && i + 2 < path.elementCount()) {
+            const QPointF c2 = pointAt(path, i + 1), end = pointAt(path, i + 2);
+            sub.append({dir(p - cur, c2 - cur, end - cur), dir(end - c2, end - p, end - cur)});
+            i += 2;
+            cur = end;
+            continue;
+        }
+        cur = p;
+    }
+    return turns;
 }
 
 inline std::mt19937 generator(unsigned seed)
@@ -80,6 +133,29 @@ inline QVector<QPointF> randomPolyline(std::mt19937 &random, int n, double size 
     return pts;
 }
 
+// One to four open and closed subpaths of lines and gentle cubics (handles
+// within a quarter of the chord from it) through random points at least 20
+// apart.
+inline RVPath randomPath(std::mt19937 &random)
+{
+    std::uniform_real_distribution<double> u(-0.25, 0.25);
+    RVPath path;
+    for (int k = std::uniform_int_distribution<int>(1, 4)(random); k > 0; --k) {
+        const QVector<QPointF> p = randomPolyline(random, 2 + random() % 8);
+        path.moveTo(p[0].x(), p[0].y());
+        for (int i = 1; i < p.size(); ++i) {
+            const QPointF a = p[i - 1], b = p[i], n(a.y() - b.y(), b.x() - a.x());
+            if (random() % 3 == 0)
+                path.cubicTo(a + (b - a) / 3 + u(random) * n, b - (b - a) / 3 + u(random) * n, b);
+            else
+                path.lineTo(b.x(), b.y());
+        }
+        if (random() % 3 == 0)
+            path.closeSubpath();
+    }
+    return path;
+}
+
 // Distance from \a p to the drawn geometry of \a path (curves flattened by
 // Qt's own flattening, which is fine to well below a unit at these sizes).
 inline double distanceTo(const QPainterPath &path, const QPointF &p)
@@ -101,11 +177,33 @@ inline double distanceTo(const QPainterPath &path, const QPointF &p)
     return best;
 }
 
-inline double distanceTo(const RVPath &path, const QPointF &p)
+inline QPainterPath toQt(const RVPath &path, Qt::FillRule rule = Qt::OddEvenFill)
 {
     QPainterPath qt;
     path.toPainterPath(qt);
-    return distanceTo(qt, p);
+    if (rule != qt.fillRule())
+        qt.setFillRule(rule); // (on an empty path this adds a move-to)
+    return qt;
+}
+
+inline double distanceTo(const RVPath &path, const QPointF &p)
+{
+    return distanceTo(toQt(path), p);
+}
+
+// The distance with Qt's flattening made 1024 times finer.
+inline double fineDistance(const RVPath &path, const QPointF &p)
+{
+    return distanceTo(QTransform::fromScale(1024, 1024).map(toQt(path)), p * 1024) / 1024;
+}
+
+// Glyph outlines with every subpath closed by a close marker; empty (with
+// the reason in \a why) where the test font is missing.
+inline RVPath glyphPath(const QString &text, double x, double y, int size, QString *why)
+{
+    RVPath path;
+    path.fromPainterPath(testGlyphs::outline(text, x, y, size, why), true);
+    return path;
 }
 
 } // namespace rvTest

@@ -37,10 +37,10 @@ TEST(RVCurve, StepsFieldsAndFirstWalkOnTheBezier)
     const QPointF small[4] = {{10, 10}, {10.25, 10}, {10.75, 10}, {11, 10}};
     RVCurve curve(small[0], small[1], small[2], small[3]);
     EXPECT_EQ(walk(curve), QVector<QPointF>({small[0], bezier(small, 0.5), small[3]}));
-    // Stored start, end, controls.
-    EXPECT_EQ(offsetof(RVCurve, p3), offsetof(RVCurve, p0) + sizeof(QPointF));
-    EXPECT_EQ(offsetof(RVCurve, c2), offsetof(RVCurve, c1) + sizeof(QPointF));
-    EXPECT_EQ(offsetof(RVCurve, c1), offsetof(RVCurve, p3) + sizeof(QPointF));
+    // Deliberate field order: start, end, controls.
+    EXPECT_TRUE(offsetof(RVCurve, p3) == offsetof(RVCurve, p0) + sizeof(QPointF)
+                && offsetof(RVCurve, c1) == offsetof(RVCurve, p3) + sizeof(QPointF)
+                && offsetof(RVCurve, c2) == offsetof(RVCurve, c1) + sizeof(QPointF));
     // n = trunc(L * 1.5): 15 gives 22, 1.99 gives 2; NaN 2, huge capped.
     const double lengths[][2] = {{5, 22}, {1.99 / 3, 2}, {NAN, 2}, {1e300, 1e6}};
     for (const auto &c : lengths) {
@@ -85,7 +85,9 @@ TEST(RVCurve, StepQueriesContinueTheWalk)
 
     RVCurve front(line[0], line[1], line[2], line[3]), back = front, none = front;
     EXPECT_EQ(front.frontPtAtDist(3), 12); // x = 10/3, nearest to 3 in (3, 6)
+    EXPECT_EQ(front.frontPtAtDist(3), -1); // walks on beyond p3
     EXPECT_EQ(back.backPtAtDist(3), 4);    // x = 26/3
+    EXPECT_EQ(back.backPtAtDist(3), 11);   // x = 12 (17 + 6) / 18 beyond p3
     EXPECT_EQ(none.frontPtAtDist(20), -1);
     EXPECT_EQ(none.backPtAtDist(NAN), -1);
 }
@@ -96,7 +98,6 @@ TEST(RVCurve, Split)
     RVCurve curve(p[0], p[1], p[2], p[3]);
     QPointF left[4], right[4];
     ASSERT_TRUE(curve.splitcurve(left, right, 0.5));
-    EXPECT_TRUE(left[3] == QPointF(5, 7.5) && right[0] == left[3]);
     for (double t : {0.0, 0.3, 1.0}) {
         EXPECT_LT(QLineF(bezier(left, t), bezier(p, t / 2)).length(), 1e-12);
         EXPECT_LT(QLineF(bezier(right, t), bezier(p, 0.5 + t / 2)).length(), 1e-12);

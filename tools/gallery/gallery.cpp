@@ -7,12 +7,12 @@
 //
 // usage: rvgraphics-gallery [--out DIR] [--only TEXT] [--timeout SECONDS] [--check]
 
+#include "booleanoracle.h"
 #include "pictures.h"
 #include "rvrender.h"
 #include "samples.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
@@ -21,13 +21,7 @@
 #include <QtGui/QGuiApplication>
 #include <QtGui/QPainter>
 
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <cstring>
-#include <poll.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define GALLERY_LEAK_CHECK 1
@@ -51,8 +45,6 @@ using gallery::Picture;
 
 constexpr int PictureWidth = 480;
 constexpr int PictureHeight = 420;
-// Exit status of a child whose picture is drawn but which leaked memory.
-constexpr int LeakExit = 3;
 
 // Fontconfig and FreeType keep caches for the life of the process and never
 // free them; allocations made while fonts load are not the gallery's leaks.
@@ -122,20 +114,6 @@ QStringList drawPicture(const Picture &picture, const QString &fileName)
     return notes;
 }
 
-bool writeAll(int fd, const QByteArray &bytes)
-{
-    qint64 done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return false;
-        done += n;
-    }
-    return true;
-}
-
 struct Outcome
 {
     bool drawn = false; //!< the child finished and wrote its picture
@@ -146,88 +124,25 @@ struct Outcome
 Outcome drawIsolated(const Picture &picture, const QString &fileName, int timeoutMs)
 {
     QFile::remove(fileName); // no stale picture from an earlier run
-    int fds[2];
-    if (::pipe(fds) != 0)
-        return Outcome{false,
-                       {QStringLiteral("pipe() failed: %1")
-                                .arg(QString::fromLocal8Bit(std::strerror(errno)))}};
-    std::fflush(stdout);
-    std::fflush(stderr);
-    const pid_t pid = ::fork();
-    if (pid < 0) {
-        ::close(fds[0]);
-        ::close(fds[1]);
-        return Outcome{false, {QStringLiteral("fork() failed")}};
-    }
-    if (pid == 0) {
-        ::close(fds[0]);
-        int code = 0;
-        {
-            const QStringList notes = drawPicture(picture, fileName);
-            if (!writeAll(fds[1], notes.join(QLatin1Char('\n')).toUtf8()))
-                code = 2;
-        }
-        ::close(fds[1]);
-#ifdef GALLERY_LEAK_CHECK
-        if (__lsan_do_recoverable_leak_check())
-            code = LeakExit;
-#endif
-        std::fflush(stdout);
-        std::fflush(stderr);
-        ::_exit(code);
-    }
-
-    ::close(fds[1]);
-    QByteArray message;
-    QElapsedTimer timer;
-    timer.start();
-    bool timedOut = false;
-    for (int guard = 0; guard < 1000000; ++guard) {
-        const qint64 left = timeoutMs - timer.elapsed();
-        if (left <= 0) {
-            timedOut = true;
-            break;
-        }
-        pollfd p{fds[0], POLLIN, 0};
-        const int ready = ::poll(&p, 1, int(left));
-        if (ready < 0 && errno == EINTR)
-            continue;
-        if (ready <= 0) {
-            timedOut = ready == 0;
-            break;
-        }
-        char buffer[4096];
-        const ssize_t n = ::read(fds[0], buffer, sizeof buffer);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            break;
-        message.append(buffer, int(n));
-    }
-    ::close(fds[0]);
-    if (timedOut)
-        ::kill(pid, SIGKILL);
-    int status = 0;
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
-
+    const rvOracle::ChildRun run = rvOracle::runInChild(
+            [&] { return drawPicture(picture, fileName).join(QLatin1Char('\n')).toUtf8(); },
+            timeoutMs);
+    if (!run.started)
+        return Outcome{false, {run.error}};
     Outcome o;
-    if (!message.isEmpty())
-        o.notes = QString::fromUtf8(message).split(QLatin1Char('\n'));
-    if (timedOut) {
+    if (!run.message.isEmpty())
+        o.notes = QString::fromUtf8(run.message).split(QLatin1Char('\n'));
+    if (run.timedOut) {
         o.notes << QStringLiteral("no picture within %1 s (killed)").arg(timeoutMs / 1000.0);
-    } else if (WIFSIGNALED(status)) {
-        o.notes << QStringLiteral("crashed with signal %1 (%2)")
-                           .arg(WTERMSIG(status))
-                           .arg(QString::fromLocal8Bit(strsignal(WTERMSIG(status))));
-    } else if (WIFEXITED(status) && WEXITSTATUS(status) == LeakExit) {
+    } else if (run.signal) {
+        o.notes << run.crashText();
+    } else if (run.exitCode == rvOracle::ChildLeaked) {
         o.drawn = true;
         o.notes << QStringLiteral("memory leaked (leak report on the console)");
-    } else if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
+    } else if (run.exitCode == 0) {
         o.drawn = true;
     } else {
-        o.notes << QStringLiteral("ended with status %1")
-                           .arg(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+        o.notes << QStringLiteral("ended with status %1").arg(run.exitCode);
     }
     return o;
 }

@@ -8,6 +8,7 @@
 #include <QtCore/QVector>
 #include <QtGui/QPainterPath>
 
+#include <functional>
 #include <memory>
 
 class XPath;
@@ -148,6 +149,26 @@ Verdict check(const Case &c, const Options &options);
 //! check() in a forked child process; a crash, a hang beyond
 //! options.timeoutMs or (sanitizer builds) a leak becomes the verdict.
 Verdict checkIsolated(const Case &c, const Options &options);
+
+//! How a child process of runInChild() ended.
+struct ChildRun
+{
+    bool started = false;  //!< false: pipe() or fork() failed (see error), nothing ran
+    bool timedOut = false; //!< killed at the time limit
+    int signal = 0;        //!< the signal that ended it, 0 for none
+    int exitCode = -1;     //!< its exit status, -1 when it did not exit
+    QByteArray message;    //!< what the work returned, as far as it arrived
+    QString error;
+
+    //! "crashed with signal N (name)".
+    QString crashText() const;
+};
+//! Exit status of a child whose work finished but leaked memory (builds with
+//! the leak checker only); 2 when the message could not be sent, else 0.
+constexpr int ChildLeaked = 3;
+//! Runs \a work in a forked child process that sends its result back, so
+//! that a crash, a hang beyond \a timeoutMs or a leak ends only the child.
+ChildRun runInChild(const std::function<QByteArray()> &work, int timeoutMs);
 
 /*!
     The area identities between the results of one operand pair:

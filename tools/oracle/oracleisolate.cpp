@@ -1,5 +1,5 @@
-// Runs one case in a forked child process, so that a crash or a hang of the
-// library becomes a verdict instead of ending the caller.
+// Runs work in a forked child process, so that a crash, a hang or a leak of
+// the library becomes a verdict (or a note) instead of ending the caller.
 
 #include "booleanoracle.h"
 
@@ -40,43 +40,53 @@ static bool writeAll(int fd, const QByteArray &bytes)
     return true;
 }
 
-Verdict checkIsolated(const Case &c, const Options &options)
+QString ChildRun::crashText() const
 {
+    return QStringLiteral("crashed with signal %1 (%2)")
+            .arg(signal)
+            .arg(QString::fromLocal8Bit(strsignal(signal)));
+}
+
+ChildRun runInChild(const std::function<QByteArray()> &work, int timeoutMs)
+{
+    ChildRun run;
     int fds[2];
-    if (::pipe(fds) != 0)
-        return check(c, options);
+    if (::pipe(fds) != 0) {
+        run.error = QStringLiteral("pipe() failed: %1")
+                            .arg(QString::fromLocal8Bit(std::strerror(errno)));
+        return run;
+    }
     std::fflush(stdout);
     std::fflush(stderr);
     const pid_t pid = ::fork();
     if (pid < 0) {
         ::close(fds[0]);
         ::close(fds[1]);
-        return check(c, options);
+        run.error = QStringLiteral("fork() failed");
+        return run;
     }
     if (pid == 0) {
         ::close(fds[0]);
-        const Verdict v = check(c, options);
-        const bool sent = writeAll(fds[1], v.serialize());
+        const bool sent = writeAll(fds[1], work());
         ::close(fds[1]);
         int code = sent ? 0 : 2;
 #ifdef RVORACLE_LEAK_CHECK
         if (__lsan_do_recoverable_leak_check())
-            code = 3;
+            code = ChildLeaked;
 #endif
         std::fflush(stdout);
         std::fflush(stderr);
         ::_exit(code);
     }
 
+    run.started = true;
     ::close(fds[1]);
-    QByteArray message;
     QElapsedTimer timer;
     timer.start();
-    bool timedOut = false;
     for (int guard = 0; guard < 1000000; ++guard) {
-        const qint64 left = options.timeoutMs - timer.elapsed();
+        const qint64 left = timeoutMs - timer.elapsed();
         if (left <= 0) {
-            timedOut = true;
+            run.timedOut = true;
             break;
         }
         pollfd p{fds[0], POLLIN, 0};
@@ -84,7 +94,7 @@ Verdict checkIsolated(const Case &c, const Options &options)
         if (ready < 0 && errno == EINTR)
             continue;
         if (ready <= 0) {
-            timedOut = ready == 0;
+            run.timedOut = ready == 0;
             break;
         }
         char buffer[65536];
@@ -93,30 +103,40 @@ Verdict checkIsolated(const Case &c, const Options &options)
             continue;
         if (n <= 0)
             break; // end of the message: the child closed its end
-        message.append(buffer, int(n));
+        run.message.append(buffer, int(n));
     }
     ::close(fds[0]);
-    if (timedOut)
+    if (run.timedOut)
         ::kill(pid, SIGKILL);
     int status = 0;
     while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
+    if (WIFSIGNALED(status))
+        run.signal = WTERMSIG(status);
+    if (WIFEXITED(status))
+        run.exitCode = WEXITSTATUS(status);
+    return run;
+}
 
+Verdict checkIsolated(const Case &c, const Options &options)
+{
+    const ChildRun run =
+            runInChild([&] { return check(c, options).serialize(); }, options.timeoutMs);
+    if (!run.started)
+        return check(c, options);
     Verdict v;
-    if (timedOut) {
+    if (run.timedOut) {
         v.status = Status::TimedOut;
         v.reason = QStringLiteral("no result within %1 ms").arg(options.timeoutMs);
-    } else if (WIFSIGNALED(status)) {
+    } else if (run.signal) {
         v.status = Status::Crashed;
-        v.reason = QStringLiteral("crashed with signal %1 (%2)")
-                           .arg(WTERMSIG(status))
-                           .arg(QString::fromLocal8Bit(strsignal(WTERMSIG(status))));
-    } else if (!Verdict::deserialize(message, &v)) {
+        v.reason = run.crashText();
+    } else if (!Verdict::deserialize(run.message, &v)) {
         v = Verdict();
         v.status = Status::Crashed;
         v.reason = QStringLiteral("the child ended with status %1 without a verdict")
-                           .arg(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
-    } else if (WIFEXITED(status) && WEXITSTATUS(status) == 3) {
+                           .arg(run.exitCode);
+    } else if (run.exitCode == ChildLeaked) {
         v.status = Status::Failed;
         v.reason = QStringLiteral("memory leaked (leak report above); ") + v.reason;
     }
