@@ -79,33 +79,33 @@ inline QPointF pointAt(const RVPath &path, int i)
 }
 
 // The turning angle at every junction of two drawn segments, closing
-// junctions included, from the segments' own end directions.
+// junctions included, from the segments' own end directions (a handle on
+// its end point gives way to the next point).
 inline QVector<double> junctionTurns(const RVPath &path)
 {
     QVector<double> turns;
-    QVector<QPair<QPointF, QPointF>> sub; // (start, end) direction per segment
+    QVector<QPointF> in, out; // start and end directions of a subpath's segments
     QPointF cur;
-    const auto dir = [](QPointF a, QPointF b, QPointF c) {
-        return !a.isNull() ? a : !b.isNull() ? b : c;
-    };
-    const auto angle = [](QPointF a, QPointF b) {
-        return std::abs(std::atan2(a.x() * b.y() - a.y() * b.x(), QPointF::dotProduct(a, b)));
-    };
     for (int i = 0; i <= path.elementCount(); ++i) {
-        const RVPathElement e = i < path.elementCount() ? path.elementAt(i) : el(0, 0, E::MoveTo);
-        const QPointF p(e.x, e.y);
-        if (e.type == E::MoveTo || e.type == E::Close) {
-            for (int k = 0; k + 1 < sub.size() + (e.type == E::Close); ++k)
-                turns.append(angle(sub[k].second, sub[(k + 1) % sub.size()].first));
-            sub.clear();
-        } else if (e.type == E::LineTo && p != cur) {
-            sub.append({p - cur, p - cur});
-        } else if (e.type == E::CurveTo && i + 2 < path.elementCount()) {
+        const int type = i < path.elementCount() ? path.elementAt(i).type : int(E::MoveTo);
+        const QPointF p = i < path.elementCount() ? pointAt(path, i) : QPointF();
+        if (type == E::MoveTo || type == E::Close) {
+            for (int k = 0; k + 1 < in.size() + (type == E::Close); ++k) {
+                const QPointF a = out[k], b = in[(k + 1) % in.size()];
+                turns << std::abs(
+                        std::atan2(a.x() * b.y() - a.y() * b.x(), QPointF::dotProduct(a, b)));
+            }
+            in.clear(), out.clear();
+        } else if (type == E::CurveTo && i + 2 < path.elementCount()) {
             const QPointF c2 = pointAt(path, i + 1), end = pointAt(path, i + 2);
-            sub.append({dir(p - cur, c2 - cur, end - cur), dir(end - c2, end - p, end - cur)});
+            in << (p != cur ? p - cur : c2 != cur ? c2 - cur : end - cur);
+            out << (end != c2 ? end - c2 : end != p ? end - p : end - cur);
             i += 2;
             cur = end;
             continue;
+        } else if (type == E::LineTo && p != cur) {
+            in << p - cur;
+            out << p - cur;
         }
         cur = p;
     }

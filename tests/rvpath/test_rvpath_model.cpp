@@ -34,6 +34,8 @@ TEST(RVPathModel, BuildingMergesNearPointsAndClosesByTheRule)
     const QPointF snap[] = {{0, 0}, {10, 0}, {10, 10}, {0.6, 0.6}},
                   far[] = {{0, 0}, {10, 0}, {10, 10}, {1, 0}};
     const QPointF beziers[] = {{0, 0}, {1, 5}, {9, 5}, {10, 0}, {11, 1}, {12, 2}};
+    QPainterPath wedge; // ends below its start
+    wedge.addPolygon(QPolygonF({QPointF(0, 0), QPointF(5, 5), QPointF(0, 5)}));
     const std::pair<std::function<void(RVPath &)>, const char *> cases[] = {
             {[](RVPath &p) { p.addLine(0, 0, 10, 0), p.addLine(10.5, 0.5, 20, 0); },
              "M0,0 L10,0 L20,0 "},
@@ -55,6 +57,7 @@ TEST(RVPathModel, BuildingMergesNearPointsAndClosesByTheRule)
              },
              "M0,0 L0,0 L0.5,0 "},
             {[&](RVPath &p) { p.addBeziers(beziers, 6); }, "M0,0 C1,5 D9,5 D10,0 "},
+            {[&](RVPath &p) { p.fromPainterPath(wedge, true); }, "M0,0 L5,5 L0,5 "},
             {[](RVPath &p) {
                  p = make({el(1, 1, L), el(2, 2, M), el(3, 3, M), el(4, 4, L)}), p.cleanUp();
              },

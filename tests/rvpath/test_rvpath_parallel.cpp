@@ -11,23 +11,6 @@ namespace {
 
 const double MiterReach = 1 + std::sqrt(2.0);
 
-// The vertices of every subpath, and whether each one closes.
-QVector<QVector<QPointF>> vertices(const RVPath &path, QVector<bool> *closed)
-{
-    QVector<QVector<QPointF>> out;
-    for (const RVPathElement &e : path.elements()) {
-        if (e.type == E::MoveTo) {
-            out.append(QVector<QPointF>());
-            closed->append(false);
-        }
-        if (e.type == E::Close && !closed->isEmpty())
-            closed->last() = true;
-        else if (!out.isEmpty())
-            out.last().append(QPointF(e.x, e.y));
-    }
-    return out;
-}
-
 // Distance from p to the drawn source and the side of its nearest edge:
 // +1 on the side (v.y, -v.x) of the edge direction v.
 double sideDistance(const QList<QPolygonF> &source, const QPointF &p, int *side)
@@ -55,12 +38,11 @@ void checkOffset(const RVPath &source, double d, double step, double tol, const 
     RVPath out;
     source.parallelPath(out, d, step);
     const QList<QPolygonF> drawn = toQt(source).toSubpathPolygons();
-    QVector<bool> srcClosed, outClosed;
-    vertices(source, &srcClosed);
-    const QVector<QVector<QPointF>> res = vertices(out, &outClosed);
-    ASSERT_EQ(outClosed, srcClosed) << what << describe(out);
+    ASSERT_TRUE(subpathCount(out) == subpathCount(source)
+                && countType(out, E::Close) == countType(source, E::Close))
+            << what << describe(out);
     const double limit = std::abs(d) * MiterReach;
-    for (const QVector<QPointF> &pts : res)
+    for (const QPolygonF &pts : toQt(out).toSubpathPolygons())
         for (int i = 0; i < pts.size(); ++i) {
             int side = 0;
             EXPECT_LE(sideDistance(drawn, pts[i], &side), limit + tol) << what << describe(out);
@@ -130,14 +112,10 @@ TEST(RVPathParallel, EdgeCaseTable)
         RVPath out;
         out.moveTo(7, 7); // cleared first
         c.path.parallelPath(out, c.d, 1);
-        QVector<bool> closed, srcClosed;
-        vertices(c.path, &srcClosed);
-        const QVector<QVector<QPointF>> res = vertices(out, &closed);
+        const QList<QPolygonF> res = toQt(out).toSubpathPolygons();
         ASSERT_EQ(res.size(), c.expected.isEmpty() ? 0 : 1) << c.what << describe(out);
-        if (res.isEmpty())
-            continue;
-        EXPECT_EQ(closed, srcClosed) << c.what;
-        ASSERT_EQ(res[0].size(), c.expected.size()) << c.what << describe(out);
+        ASSERT_TRUE(res.isEmpty() || res[0].size() == c.expected.size()) << c.what << describe(out);
+        EXPECT_EQ(countType(out, E::Close), c.expected.isEmpty() ? 0 : countType(c.path, E::Close));
         for (int i = 0; i < c.expected.size(); ++i)
             EXPECT_NEAR(QLineF(res[0][i], c.expected[i]).length(), 0, 1e-9)
                     << c.what << " vertex " << i << describe(out);
@@ -162,8 +140,7 @@ TEST(RVPathParallel, CurvesAreOffsetAlongTheirNormalsAndFoldsTrimmed)
     bend.moveTo(0, 0);
     bend.cubicTo(QPointF(100, 0), QPointF(100, 20), QPointF(0, 20));
     bend.parallelPath(out, 15, 2);
-    QVector<bool> closed;
-    const QVector<QPointF> pts = vertices(out, &closed).value(0);
+    const QPolygonF pts = toQt(out).toSubpathPolygons().value(0);
     ASSERT_GE(pts.size(), 3);
     for (int i = 0; i + 1 < pts.size(); ++i)
         for (int j = i + 2; j + 1 < pts.size(); ++j)
